@@ -1,0 +1,27 @@
+#!/bin/sh
+# Installs the Debian packages the project builds and tests with; does nothing when all are there.
+set -eu
+
+packages="cmake ninja-build g++ make pkg-config libboost-dev libpng-dev libgtest-dev libgmock-dev \
+libbenchmark-dev nlohmann-json3-dev pngcheck coreutils"
+
+missing=""
+for p in $packages; do
+    if ! dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed"; then
+        missing="$missing $p"
+    fi
+done
+[ -z "$missing" ] && exit 0
+
+if [ "$(id -u)" -eq 0 ]; then
+    sudo=""
+else
+    sudo="sudo"
+fi
+echo "Installing:$missing"
+export DEBIAN_FRONTEND=noninteractive
+# shellcheck disable=SC2086
+if ! $sudo apt-get install -y --no-install-recommends $missing; then
+    $sudo apt-get update
+    $sudo apt-get install -y --no-install-recommends $missing
+fi

@@ -1,0 +1,48 @@
+#ifndef SYSCTRL_SIM_ARGUMENTS_H
+#define SYSCTRL_SIM_ARGUMENTS_H
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "ScriptLexer.h"
+
+namespace desk {
+
+// Reads typed values from the words of a command, in order. The first bad or missing value sets
+// the error; later reads then return defaults, so a caller reads everything and checks ok() once.
+class Arguments {
+public:
+    Arguments(const std::vector<Word>& words, size_t first);
+
+    // Decimal or 0x hexadecimal, optionally negative, within -2147483648..4294967295; values above
+    // 2147483647 wrap, as the same 32 bits read as a signed number.
+    int32_t integer(const char* what);
+    uint32_t unsignedInteger(const char* what);
+    uint8_t byte(const char* what);
+    std::string text(const char* what);
+    // A script value: a number, true, false, null, a JSON object or list, or text.
+    nlohmann::json value(const char* what);
+    // Every remaining word.
+    std::vector<Word> rest();
+
+    bool atEnd() const { return m_next >= m_words.size(); }
+    // Fails when words are left over.
+    bool finish();
+    bool ok() const { return m_error.empty(); }
+    const std::string& error() const { return m_error; }
+
+private:
+    const Word* take(const char* what);
+    bool parseInteger(const std::string& text, int64_t& value) const;
+
+    const std::vector<Word>& m_words;
+    size_t m_next;
+    std::string m_error;
+};
+
+}  // namespace desk
+
+#endif

@@ -1,0 +1,424 @@
+#include "DeskHost.h"
+
+#include <dlfcn.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "Arguments.h"
+#include "Operations.h"
+#include "zo/FileSystem.h"
+#include "zo/host/Host.h"
+
+namespace desk {
+namespace {
+
+using nlohmann::json;
+
+const char kServiceInterfaceName[] = "zorbel.lm.interfaces.sysctrlservice";
+
+const char kHelp[] =
+    "life cycle: setup | start | stop | destroy\n"
+    "clients:    addClient NAME | removeClient NAME\n"
+    "operations: OPERATION ARGS... (every interface operation, arguments after MsgIds and "
+    "TransportInfo)\n"
+    "the set:    absent OBJECT | present OBJECT | set OBJECT.OPERATION RESULT [OUTPUT...] |\n"
+    "            unset OBJECT.OPERATION | state OBJECT.KEY [VALUE] | fail frame.STEP STATUS\n"
+    "events:     event SUBJECT CLASS ID | oledError MASK | wait\n"
+    "files:      ini FILE SECTION KEY VALUE | file PATH TEXT | mkdir PATH | show PATH\n"
+    "other:      echo TEXT... | help";
+
+void replaceAll(std::string& text, const std::string& from, const std::string& to) {
+    for (size_t at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size())) {
+        text.replace(at, from.size(), to);
+    }
+}
+
+}  // namespace
+
+DeskHost::DeskHost(const std::string& pluginPath, const std::string& root, Printer& printer)
+    : m_pluginPath(pluginPath), m_root(root), m_printer(printer), m_sim(new sim::SimSet) {
+    m_sim->setListener([this](const json& event) { m_printer.print(event); });
+    zo::host::setDebugSink([this](uint32_t levelWord, const std::string& text) {
+        m_printer.print(json{{"event", "log"},
+                             {"module", levelWord >> 16},
+                             {"level", levelWord & 0xFFFF},
+                             {"text", sim::textOrHex(text)}});
+    });
+}
+
+DeskHost::~DeskHost() {
+    finish();
+    zo::host::setDebugSink(nullptr);
+    m_clients.clear();
+    m_sim.reset();
+    if (m_library != nullptr) {
+        dlclose(m_library);
+    }
+}
+
+void DeskHost::error(const std::string& message) {
+    ++m_errors;
+    m_printer.print(json{{"event", "error"}, {"line", m_line}, {"message", sim::textOrHex(message)}});
+}
+
+void DeskHost::lifecycle(const char* step, int status) {
+    m_printer.print(json{{"event", "lifecycle"}, {"step", step}, {"status", status}});
+}
+
+bool DeskHost::create() {
+    m_library = dlopen(m_pluginPath.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (m_library == nullptr) {
+        const char* reason = dlerror();
+        error("cannot load the plug-in " + m_pluginPath + ": " + (reason != nullptr ? reason : "?"));
+        return false;
+    }
+    const auto entry = reinterpret_cast<frame::CreateApplicationArrayFunction>(
+        dlsym(m_library, "frameCreateApplicationArray"));
+    if (entry == nullptr) {
+        error("the plug-in has no frameCreateApplicationArray entry");
+        return false;
+    }
+    m_applications = entry();
+    m_application = m_applications != nullptr ? m_applications[0] : nullptr;
+    if (m_application == nullptr) {
+        error("the plug-in created no application");
+        return false;
+    }
+    m_stage = Stage::Created;
+    lifecycle("create", 0);
+    return true;
+}
+
+bool DeskHost::reach(Stage wanted) {
+    if (m_stage == Stage::Destroyed) {
+        error("the application was destroyed");
+        return false;
+    }
+    if (m_stage == Stage::Unloaded && !create()) {
+        return false;
+    }
+    if (m_stage < Stage::SetupDone && wanted >= Stage::SetupDone) {
+        m_stage = Stage::SetupDone;
+        lifecycle("setupDone", m_application->setupDone());
+    }
+    if (m_stage < Stage::Started && wanted >= Stage::Started) {
+        m_stage = Stage::Started;
+        lifecycle("start", m_application->start());
+    }
+    if (m_stage < Stage::Stopped && wanted >= Stage::Stopped) {
+        m_stage = Stage::Stopped;
+        lifecycle("stop", m_application->stop());
+    }
+    return true;
+}
+
+void DeskHost::destroy() {
+    // A framework lets the service's threads end before it deletes the application.
+    zo::host::waitForThreads();
+    delete m_application;
+    delete[] m_applications;
+    m_application = nullptr;
+    m_applications = nullptr;
+    m_stage = Stage::Destroyed;
+    lifecycle("destroy", 0);
+}
+
+void DeskHost::finish() {
+    zo::host::waitForThreads();
+    if (m_application != nullptr) {
+        destroy();
+    }
+}
+
+std::string DeskHost::mapped(const std::string& path) const {
+    return zo::fs::path(path);
+}
+
+sysctrlservice::ServiceInterface* DeskHost::service() {
+    return static_cast<sysctrlservice::ServiceInterface*>(
+        zo::host::lookupInterface(kServiceInterfaceName));
+}
+
+boost::shared_ptr<sim::RecordingClient> DeskHost::client(const std::string& name) {
+    boost::shared_ptr<sim::RecordingClient>& client = m_clients[name];
+    if (!client) {
+        client.reset(new sim::RecordingClient(name, m_sim.get()));
+    }
+    return client;
+}
+
+void DeskHost::runLine(const std::string& line, int lineNumber) {
+    m_line = lineNumber;
+    std::vector<Word> words;
+    std::string problem;
+    if (!splitScriptLine(line, words, problem)) {
+        error(problem);
+        return;
+    }
+    if (words.empty()) {
+        return;
+    }
+    for (Word& word : words) {
+        replaceAll(word.text, "$ROOT", m_root);
+    }
+    try {
+        runCommand(words);
+    } catch (const std::exception& e) {
+        error(std::string("unexpected failure: ") + e.what());
+    }
+}
+
+bool DeskHost::runCommand(const std::vector<Word>& words) {
+    const std::string& command = words[0].text;
+    if (command == "setup" || command == "start" || command == "stop") {
+        const Stage wanted = command == "setup"   ? Stage::SetupDone
+                             : command == "start" ? Stage::Started
+                                                  : Stage::Stopped;
+        if (words.size() > 1) {
+            error(command + " takes no arguments");
+            return false;
+        }
+        if (m_stage >= wanted && m_stage != Stage::Destroyed) {
+            error(command + " has already run");
+            return false;
+        }
+        return reach(wanted);
+    }
+    if (command == "destroy") {
+        if (!reach(Stage::Created)) {
+            return false;
+        }
+        destroy();
+        return true;
+    }
+    if (command == "addClient" || command == "removeClient") {
+        return callClientOperation(words);
+    }
+    if (findOperation(command) != nullptr) {
+        return callOperation(words);
+    }
+    if (command == "set" || command == "unset" || command == "state" || command == "absent" ||
+        command == "present" || command == "fail") {
+        return scriptSet(words);
+    }
+    if (command == "ini" || command == "file" || command == "mkdir" || command == "show") {
+        return scriptFile(words);
+    }
+    Arguments args(words, 1);
+    if (command == "event") {
+        const std::string subject = args.text("subject");
+        const int32_t eventClass = args.integer("event class");
+        const int32_t eventId = args.integer("event id");
+        if (!args.finish()) {
+            error(args.error());
+            return false;
+        }
+        if (!reach(Stage::Started)) {
+            return false;
+        }
+        std::vector<sim::SimSet::Delivery> deliveries;
+        std::string problem;
+        if (!m_sim->fireEvent(subject, eventClass, eventId, deliveries, problem)) {
+            error(problem);
+            return false;
+        }
+        return true;
+    }
+    if (command == "oledError") {
+        const uint32_t mask = args.unsignedInteger("mask");
+        if (!args.finish()) {
+            error(args.error());
+            return false;
+        }
+        if (!reach(Stage::Started)) {
+            return false;
+        }
+        if (!m_sim->raiseOledError(mask)) {
+            error("the service registered no OLED error callback");
+            return false;
+        }
+        return true;
+    }
+    if (command == "wait") {
+        if (!args.finish()) {
+            error(args.error());
+            return false;
+        }
+        zo::host::waitForThreads();
+        return true;
+    }
+    if (command == "echo") {
+        std::string text;
+        for (const Word& word : args.rest()) {
+            text += (text.empty() ? "" : " ") + word.text;
+        }
+        m_printer.print(json{{"event", "echo"}, {"text", sim::textOrHex(text)}});
+        return true;
+    }
+    if (command == "help") {
+        m_printer.print(json{{"event", "help"}, {"text", kHelp}});
+        return true;
+    }
+    error("unknown command " + command + " (help lists the commands)");
+    return false;
+}
+
+bool DeskHost::callOperation(const std::vector<Word>& words) {
+    const Operation* operation = findOperation(words[0].text);
+    if (!reach(Stage::Started)) {
+        return false;
+    }
+    sysctrlservice::ServiceInterface* target = service();
+    if (target == nullptr) {
+        error("the service interface is not registered");
+        return false;
+    }
+    const int32_t k = m_calls + 1;
+    frame::MsgIds msgIds{{k, 0}};
+    const frame::TransportInfo transport{{k, 0, 0, 0, 0, 0, 0}};
+    Arguments args(words, 1);
+    int status = 0;
+    if (!operation->invoke(*target, msgIds, transport, args, status)) {
+        error(std::string(operation->name) + ": " + args.error() + " (usage: " + operation->name +
+              " " + operation->usage + ")");
+        return false;
+    }
+    m_calls = k;
+    m_printer.print(json{{"event", "return"}, {"operation", operation->name}, {"status", status}});
+    return true;
+}
+
+bool DeskHost::callClientOperation(const std::vector<Word>& words) {
+    Arguments args(words, 1);
+    const std::string name = args.text("client name");
+    if (!args.finish()) {
+        error(words[0].text + ": " + args.error());
+        return false;
+    }
+    if (!reach(Stage::Started)) {
+        return false;
+    }
+    sysctrlservice::ServiceInterface* target = service();
+    if (target == nullptr) {
+        error("the service interface is not registered");
+        return false;
+    }
+    // A fresh handle to the same client object each time.
+    const sysctrlservice::ClientInterfacePtr handle(client(name));
+    ++m_calls;
+    const bool adding = words[0].text == "addClient";
+    const int status = adding ? target->addClient(handle) : target->removeClient(handle);
+    m_printer.print(json{{"event", "return"}, {"operation", words[0].text}, {"status", status}});
+    return true;
+}
+
+bool DeskHost::scriptSet(const std::vector<Word>& words) {
+    const std::string& command = words[0].text;
+    Arguments args(words, 1);
+    const std::string target = args.text("OBJECT.NAME");
+    std::string problem;
+    bool done = false;
+    if (command == "absent" || command == "present") {
+        done = args.finish() && m_sim->setPresent(target, command == "present", problem);
+    } else if (command == "unset") {
+        done = args.finish() && m_sim->clearAnswer(target, problem);
+    } else if (command == "set") {
+        const json result = args.value("result");
+        json outputs = json::array();
+        while (args.ok() && !args.atEnd()) {
+            outputs.push_back(args.value("output"));
+        }
+        done = args.finish() && m_sim->setAnswer(target, result, outputs, problem);
+    } else if (command == "state") {
+        if (args.ok() && args.atEnd()) {
+            m_printer.print(json{{"event", "state"}, {"name", target}, {"value", m_sim->getState(target)}});
+            return true;
+        }
+        const json value = args.value("value");
+        done = args.finish() && m_sim->setState(target, value, problem);
+    } else if (command == "fail") {
+        const int32_t status = args.integer("status");
+        static const std::map<std::string, zo::host::FrameStep> steps = {
+            {"frame.performSetupDone", zo::host::FrameStep::PerformSetupDone},
+            {"frame.performStarting", zo::host::FrameStep::PerformStarting},
+            {"frame.performStopping", zo::host::FrameStep::PerformStopping},
+            {"frame.registerInterface", zo::host::FrameStep::RegisterInterface}};
+        const auto step = steps.find(target);
+        if (args.finish() && step == steps.end()) {
+            problem = "fail takes frame.performSetupDone, frame.performStarting, "
+                      "frame.performStopping or frame.registerInterface";
+        } else if (args.ok()) {
+            zo::host::setFrameStepResult(step->second, status);
+            done = true;
+        }
+    }
+    if (!done) {
+        error(command + ": " + (args.ok() ? problem : args.error()));
+    }
+    return done;
+}
+
+bool DeskHost::scriptFile(const std::vector<Word>& words) {
+    const std::string& command = words[0].text;
+    Arguments args(words, 1);
+    const std::string path = mapped(args.text("path"));
+    std::error_code failure;
+    if (command == "mkdir") {
+        if (args.finish()) {
+            std::filesystem::create_directories(path, failure);
+        }
+    } else if (command == "file" || command == "ini") {
+        std::string content;
+        if (command == "file") {
+            content = args.text("text");
+        } else {
+            const std::string section = args.text("section");
+            const std::string key = args.text("key");
+            const std::string value = args.text("value");
+            content = "[" + section + "]\n" + key + " = " + value + "\n";
+        }
+        if (args.finish()) {
+            std::filesystem::create_directories(std::filesystem::path(path).parent_path(), failure);
+            // ini adds a section to whatever the file holds; file replaces it.
+            std::ofstream out(path, command == "ini" ? std::ios::app : std::ios::trunc);
+            out << content;
+            if (!out) {
+                failure = std::make_error_code(std::errc::io_error);
+            }
+        }
+    } else if (args.finish()) {
+        json event{{"event", "file"}, {"path", words[1].text}};
+        struct stat info;
+        if (stat(path.c_str(), &info) != 0) {
+            event["exists"] = false;
+        } else {
+            char mode[8];
+            std::snprintf(mode, sizeof mode, "0%o", info.st_mode & 07777);
+            event["exists"] = true;
+            event["size"] = static_cast<uint64_t>(info.st_size);
+            event["mode"] = mode;
+            std::ifstream in(path, std::ios::binary);
+            std::ostringstream content;
+            content << in.rdbuf();
+            const json text = sim::textOrHex(content.str());
+            if (text.is_string() && info.st_size <= 65536) {
+                event["content"] = text;
+            }
+        }
+        m_printer.print(event);
+    }
+    if (!args.ok()) {
+        error(command + ": " + args.error());
+        return false;
+    }
+    if (failure) {
+        error(command + " " + words[1].text + ": " + failure.message());
+        return false;
+    }
+    return true;
+}
+
+}  // namespace desk

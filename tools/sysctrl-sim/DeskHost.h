@@ -1,0 +1,74 @@
+#ifndef SYSCTRL_SIM_DESKHOST_H
+#define SYSCTRL_SIM_DESKHOST_H
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <boost/shared_ptr.hpp>
+
+#include "Printer.h"
+#include "ScriptLexer.h"
+#include "ServiceInterface.h"
+#include "frame/AbstractApplication.h"
+#include "sim/RecordingClient.h"
+#include "sim/SimSet.h"
+
+namespace desk {
+
+// Plays the framework and the remote callers around the plug-in, over a simulated set: loads the
+// plug-in as the framework does, drives its life cycle, calls its interface and runs scripts
+// against it. The script language is described in docs/sim.md.
+class DeskHost {
+public:
+    DeskHost(const std::string& pluginPath, const std::string& root, Printer& printer);
+    ~DeskHost();
+
+    DeskHost(const DeskHost&) = delete;
+    DeskHost& operator=(const DeskHost&) = delete;
+
+    // Runs one script line; `lineNumber` names it in error events.
+    void runLine(const std::string& line, int lineNumber);
+    // Ends the run as a framework would: waits for the service's threads, then destroys the
+    // application unless the script did.
+    void finish();
+    bool hadErrors() const { return m_errors > 0; }
+
+private:
+    enum class Stage { Unloaded, Created, SetupDone, Started, Stopped, Destroyed };
+
+    void error(const std::string& message);
+    void lifecycle(const char* step, int status);
+    // Runs the steps up to `wanted` that have not run yet; false when the application is gone.
+    bool reach(Stage wanted);
+    bool create();
+    void destroy();
+
+    bool runCommand(const std::vector<Word>& words);
+    bool callOperation(const std::vector<Word>& words);
+    bool callClientOperation(const std::vector<Word>& words);
+    bool scriptSet(const std::vector<Word>& words);
+    bool scriptFile(const std::vector<Word>& words);
+    sysctrlservice::ServiceInterface* service();
+    boost::shared_ptr<sim::RecordingClient> client(const std::string& name);
+    std::string mapped(const std::string& path) const;
+
+    std::string m_pluginPath;
+    std::string m_root;
+    Printer& m_printer;
+    // Goes before the plug-in is unloaded: its event manager holds the service's observers.
+    std::unique_ptr<sim::SimSet> m_sim;
+    void* m_library = nullptr;
+    frame::AbstractApplication** m_applications = nullptr;
+    frame::AbstractApplication* m_application = nullptr;
+    Stage m_stage = Stage::Unloaded;
+    std::map<std::string, boost::shared_ptr<sim::RecordingClient>> m_clients;
+    int32_t m_calls = 0;
+    int m_line = 0;
+    int m_errors = 0;
+};
+
+}  // namespace desk
+
+#endif

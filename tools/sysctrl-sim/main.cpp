@@ -1,0 +1,151 @@
+// sysctrl-sim: runs the system-control plug-in on a simulated television, driven by scripts.
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "DeskHost.h"
+#include "Printer.h"
+#include "zo/host/Host.h"
+
+namespace {
+
+const char kUsage[] =
+    "usage: sysctrl-sim [--plugin PATH] [--root DIR] [--json] [--only KINDS] [--log-level N] "
+    "[SCRIPT...]\n"
+    "  --plugin PATH   the plug-in to load (default: ../lib/libapp-sysctrlservice-impl.so beside "
+    "this program)\n"
+    "  --root DIR      directory under which the system's fixed paths live (default: a fresh "
+    "temporary one)\n"
+    "  --json          one JSON object a line\n"
+    "  --only KINDS    print only these event kinds, comma-separated (lifecycle, return, "
+    "callback, port, log, observer, error, state, file, echo, help)\n"
+    "  --log-level N   print log messages up to level N (default: every level)\n"
+    "Without SCRIPT, or with -, commands are read from standard input. docs/sim.md describes "
+    "the commands.\n";
+
+std::string defaultPlugin(const char* argv0) {
+    std::error_code ignored;
+    std::filesystem::path self = std::filesystem::read_symlink("/proc/self/exe", ignored);
+    if (self.empty()) {
+        self = argv0;
+    }
+    return (self.parent_path() / ".." / "lib" / "libapp-sysctrlservice-impl.so").lexically_normal();
+}
+
+std::set<std::string> splitKinds(const std::string& list) {
+    std::set<std::string> kinds;
+    size_t start = 0;
+    while (start <= list.size()) {
+        const size_t comma = list.find(',', start);
+        const std::string kind = list.substr(start, comma - start);
+        if (!kind.empty()) {
+            kinds.insert(kind);
+        }
+        if (comma == std::string::npos) {
+            break;
+        }
+        start = comma + 1;
+    }
+    return kinds;
+}
+
+// Runs the lines of one input; prompts when it is a terminal.
+void runInput(desk::DeskHost& host, std::istream& in, bool prompt) {
+    std::string line;
+    int number = 0;
+    while (true) {
+        if (prompt) {
+            std::cerr << "sysctrl> " << std::flush;
+        }
+        if (!std::getline(in, line)) {
+            break;
+        }
+        host.runLine(line, ++number);
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    std::string plugin = defaultPlugin(argv[0]);
+    std::string root;
+    bool json = false;
+    std::set<std::string> only;
+    std::vector<std::string> scripts;
+    for (int i = 1; i < argc; ++i) {
+        const std::string arg = argv[i];
+        const bool hasValue = i + 1 < argc;
+        if (arg == "--plugin" && hasValue) {
+            plugin = argv[++i];
+        } else if (arg == "--root" && hasValue) {
+            root = argv[++i];
+        } else if (arg == "--json") {
+            json = true;
+        } else if (arg == "--only" && hasValue) {
+            only = splitKinds(argv[++i]);
+        } else if (arg == "--log-level" && hasValue) {
+            zo::host::setDebugThreshold(static_cast<uint16_t>(std::strtoul(argv[++i], nullptr, 10)));
+        } else if (arg == "-h" || arg == "--help") {
+            std::cout << kUsage;
+            return 0;
+        } else if (arg == "-" || arg.empty() || arg[0] != '-') {
+            scripts.push_back(arg);
+        } else {
+            std::cerr << "sysctrl-sim: unknown option " << arg << "\n" << kUsage;
+            return 2;
+        }
+    }
+
+    bool temporaryRoot = false;
+    if (root.empty()) {
+        char pattern[] = "/tmp/sysctrl-sim.XXXXXX";
+        if (mkdtemp(pattern) == nullptr) {
+            std::perror("sysctrl-sim: mkdtemp");
+            return 2;
+        }
+        root = pattern;
+        temporaryRoot = true;
+    }
+    std::error_code failure;
+    root = std::filesystem::absolute(root, failure).lexically_normal();
+    // The directories a set has before any service runs.
+    for (const char* directory : {"/var/tvservice", "/quentadata/model/config"}) {
+        std::filesystem::create_directories(root + directory, failure);
+    }
+    zo::host::setFileSystemRoot(root);
+
+    bool errors = false;
+    {
+        desk::Printer printer(json, only);
+        desk::DeskHost host(plugin, root, printer);
+        if (scripts.empty()) {
+            scripts.push_back("-");
+        }
+        for (const std::string& script : scripts) {
+            if (script == "-") {
+                runInput(host, std::cin, isatty(STDIN_FILENO) != 0);
+                continue;
+            }
+            std::ifstream in(script);
+            if (!in) {
+                std::cerr << "sysctrl-sim: cannot open " << script << "\n";
+                errors = true;
+                continue;
+            }
+            runInput(host, in, false);
+        }
+        host.finish();
+        errors = errors || host.hadErrors();
+    }
+    if (temporaryRoot) {
+        std::filesystem::remove_all(root, failure);
+    }
+    return errors ? 1 : 0;
+}
