@@ -16,7 +16,7 @@ build: configure
 	@cmake --build --preset $(PRESET)
 
 demo: build
-	@$(BUILD_DIR)/bin/sysctrl-sim tools/sysctrl-sim/demo.sim
+	@$(BUILD_DIR)/bin/sysctrl-sim --log-level 3000 tools/sysctrl-sim/demo/*.sim
 
 test: build
 	@ctest --preset $(PRESET)

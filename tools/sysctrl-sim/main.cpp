@@ -12,6 +12,7 @@
 
 #include "DeskHost.h"
 #include "Printer.h"
+#include "sim/SimSet.h"
 #include "zo/host/Host.h"
 
 namespace {
@@ -27,6 +28,7 @@ const char kUsage[] =
     "  --only KINDS    print only these event kinds, comma-separated (lifecycle, return, "
     "callback, port, log, observer, error, state, file, echo, help)\n"
     "  --log-level N   print log messages up to level N (default: every level)\n"
+    "  --describe      print the simulated objects' operations and state as Markdown, and exit\n"
     "Without SCRIPT, or with -, commands are read from standard input. docs/sim.md describes "
     "the commands.\n";
 
@@ -54,6 +56,39 @@ std::set<std::string> splitKinds(const std::string& list) {
         start = comma + 1;
     }
     return kinds;
+}
+
+// The reference of the simulated objects, as docs/sim.md carries it.
+std::string describeSimulatedSet() {
+    zo::host::setDebugSink([](uint32_t, const std::string&) {});
+    sim::SimSet set;
+    std::string text;
+    for (const sim::SimObject* object : set.objects()) {
+        text += "#### " + object->simName() + "\n\n";
+        if (!object->canBeAbsent()) {
+            text += "Always present.\n\n";
+        }
+        if (!object->operations().empty()) {
+            text += "| operation | returns | fills in |\n|---|---|---|\n";
+            for (const sim::OpSpec& op : object->operations()) {
+                std::string outputs;
+                for (sim::Kind kind : op.outputs) {
+                    outputs += (outputs.empty() ? "" : ", ") + std::string(sim::kindName(kind));
+                }
+                text += "| `" + op.name + "` | " + sim::kindName(op.result) + " | " + outputs + " |\n";
+            }
+            text += "\n";
+        }
+        if (!object->stateSpecs().empty()) {
+            text += "| state | kind | initially |\n|---|---|---|\n";
+            for (const sim::StateSpec& spec : object->stateSpecs()) {
+                text += "| `" + spec.key + "` | " + sim::kindName(spec.kind) + " | `" +
+                        spec.initial.dump() + "` |\n";
+            }
+            text += "\n";
+        }
+    }
+    return text;
 }
 
 // Runs the lines of one input; prompts when it is a terminal.
@@ -92,6 +127,9 @@ int main(int argc, char** argv) {
             only = splitKinds(argv[++i]);
         } else if (arg == "--log-level" && hasValue) {
             zo::host::setDebugThreshold(static_cast<uint16_t>(std::strtoul(argv[++i], nullptr, 10)));
+        } else if (arg == "--describe") {
+            std::cout << describeSimulatedSet();
+            return 0;
         } else if (arg == "-h" || arg == "--help") {
             std::cout << kUsage;
             return 0;
