@@ -26,7 +26,7 @@ struct LogLine {
 // A fresh simulated set, file-system root and log capture per test, and an application created
 // through the plug-in's entry, as the framework would.
 class ServiceTest : public ::testing::Test {
-protected:
+  protected:
     void SetUp() override;
     void TearDown() override;
 
@@ -44,7 +44,9 @@ protected:
 
     // Identifiers of the k-th request of a test.
     static frame::MsgIds msgIds(int k) { return frame::MsgIds{{k, 0}}; }
-    static frame::TransportInfo transport(int k) { return frame::TransportInfo{{k, 0, 0, 0, 0, 0, 0}}; }
+    static frame::TransportInfo transport(int k) {
+        return frame::TransportInfo{{k, 0, 0, 0, 0, 0, 0}};
+    }
 
     std::vector<LogLine> logs() const;
     // The texts of the messages that contain `fragment`.
@@ -67,7 +69,7 @@ protected:
 
     std::string m_root;
 
-private:
+  private:
     std::unique_ptr<sim::SimSet> m_sim;
     frame::AbstractApplication** m_applications = nullptr;
     sysctrlservice::Application* m_application = nullptr;

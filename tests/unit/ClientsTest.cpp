@@ -10,7 +10,7 @@ using sim::RecordingClient;
 typedef boost::shared_ptr<RecordingClient> ClientPtr;
 
 class Clients : public ServiceTest {
-protected:
+  protected:
     void SetUp() override {
         ServiceTest::SetUp();
         startService();
@@ -65,7 +65,8 @@ TEST_F(Clients, DeliveryFollowsRegistrationOrderAfterRemoval) {
     const ClientPtr c = addClient("C");
     for (const ClientPtr& client : {a, b, c}) {
         const std::string name = client->name();
-        client->setReaction([&order, name](const RecordingClient::Received&) { order.push_back(name); });
+        client->setReaction(
+            [&order, name](const RecordingClient::Received&) { order.push_back(name); });
     }
     EXPECT_EQ(service().removeClient(b), 0);
     EXPECT_EQ(service().addClient(b), 0);

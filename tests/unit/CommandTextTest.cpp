@@ -31,8 +31,7 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(SplitCase{"", {}}, SplitCase{"   ", {}},
                       SplitCase{"  startOpc   3  ", {"startOpc", "3"}},
                       SplitCase{"a,b", {"a", ",", "b"}}, SplitCase{"a, b", {"a", ",", "b"}},
-                      SplitCase{",,", {",", ","}},
-                      SplitCase{"startOpc\t1", {"startOpc\t1"}},
+                      SplitCase{",,", {",", ","}}, SplitCase{"startOpc\t1", {"startOpc\t1"}},
                       SplitCase{"x\ny z", {"x\ny", "z"}},
                       SplitCase{std::string("a\0b c", 5), {std::string("a\0b", 3), "c"}},
                       SplitCase{"grüße 1", {"grüße", "1"}}));
@@ -68,14 +67,13 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(IntCase{"0", true, 0}, IntCase{"+0", true, 0}, IntCase{"-0", true, 0},
                       IntCase{"42", true, 42}, IntCase{"+42", true, 42}, IntCase{"-42", true, -42},
                       IntCase{"007", true, 7}, IntCase{"2147483647", true, 2147483647},
-                      IntCase{"-2147483648", true, INT32_MIN},
-                      IntCase{"2147483648", false, 0}, IntCase{"-2147483649", false, 0},
-                      IntCase{"99999999999999999999", false, 0}, IntCase{"", false, 0},
-                      IntCase{"+", false, 0}, IntCase{"-", false, 0}, IntCase{"+-1", false, 0},
-                      IntCase{"abc", false, 0}, IntCase{"0x10", false, 0},
-                      IntCase{"1.5", false, 0}, IntCase{"1e3", false, 0},
-                      IntCase{"5a", false, 0}, IntCase{" 5", false, 0}, IntCase{"5 ", false, 0},
-                      IntCase{",", false, 0}, IntCase{"\t5", false, 0}));
+                      IntCase{"-2147483648", true, INT32_MIN}, IntCase{"2147483648", false, 0},
+                      IntCase{"-2147483649", false, 0}, IntCase{"99999999999999999999", false, 0},
+                      IntCase{"", false, 0}, IntCase{"+", false, 0}, IntCase{"-", false, 0},
+                      IntCase{"+-1", false, 0}, IntCase{"abc", false, 0}, IntCase{"0x10", false, 0},
+                      IntCase{"1.5", false, 0}, IntCase{"1e3", false, 0}, IntCase{"5a", false, 0},
+                      IntCase{" 5", false, 0}, IntCase{"5 ", false, 0}, IntCase{",", false, 0},
+                      IntCase{"\t5", false, 0}));
 
 }  // namespace
 }  // namespace sysctrlservice

@@ -9,7 +9,7 @@ namespace {
 using sim::json;
 
 class Events : public ServiceTest {
-protected:
+  protected:
     void SetUp() override {
         ServiceTest::SetUp();
         startService();
@@ -56,10 +56,12 @@ TEST_F(Events, OperatingTimeIsReadInOrderEvenWithoutClients) {
     for (const sim::PortCall& call : sim().calls("OperationHours")) {
         reads.push_back(json::array({call.operation, call.args}));
     }
-    EXPECT_EQ(reads, (std::vector<json>{
-                         {"getOperationTime", {0}}, {"getOperationTime", {1}},
-                         {"getOperationTime", {2}}, {"getOperationTime", {3}},
-                         {"getOperationTime", {4}}, {"getOperationTimeText", json::array()}}));
+    EXPECT_EQ(reads, (std::vector<json>{{"getOperationTime", {0}},
+                                        {"getOperationTime", {1}},
+                                        {"getOperationTime", {2}},
+                                        {"getOperationTime", {3}},
+                                        {"getOperationTime", {4}},
+                                        {"getOperationTimeText", json::array()}}));
 }
 
 struct Ignored {

@@ -21,7 +21,8 @@ std::vector<std::string> operationsOf(const std::vector<sim::PortCall>& calls) {
 std::vector<std::string> observersRegistered(sim::SimSet& sim) {
     std::vector<std::string> registered;
     for (const sim::PortCall& call : sim.calls("EventManager", "registerObserver")) {
-        registered.push_back(call.args[0].get<std::string>() + "<-" + call.args[1].get<std::string>());
+        registered.push_back(call.args[0].get<std::string>() + "<-" +
+                             call.args[1].get<std::string>());
     }
     return registered;
 }
@@ -51,9 +52,9 @@ TEST_F(Lifecycle, BaseSetupFailureStopsBeforeThePier) {
     EXPECT_EQ(app().setupDone(), -7);
     EXPECT_TRUE(sim().journal().empty());
     EXPECT_EQ(zo::host::lookupInterface(kServiceName), nullptr);
-    EXPECT_EQ(logsContaining("performSetupDone(): Parent class performSetupDone() returned -7.\n")
-                  .size(),
-              1u);
+    EXPECT_EQ(
+        logsContaining("performSetupDone(): Parent class performSetupDone() returned -7.\n").size(),
+        1u);
     EXPECT_EQ(logs().back().level, 3000);
 }
 

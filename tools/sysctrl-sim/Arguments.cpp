@@ -5,7 +5,8 @@
 
 namespace desk {
 
-Arguments::Arguments(const std::vector<Word>& words, size_t first) : m_words(words), m_next(first) {}
+Arguments::Arguments(const std::vector<Word>& words, size_t first)
+    : m_words(words), m_next(first) {}
 
 const Word* Arguments::take(const char* what) {
     if (!ok()) {
@@ -37,9 +38,12 @@ bool Arguments::parseInteger(const std::string& text, int64_t& value) const {
     for (; i < text.size(); ++i) {
         const char c = text[i];
         int digit = -1;
-        if (c >= '0' && c <= '9') digit = c - '0';
-        else if (base == 16 && c >= 'a' && c <= 'f') digit = c - 'a' + 10;
-        else if (base == 16 && c >= 'A' && c <= 'F') digit = c - 'A' + 10;
+        if (c >= '0' && c <= '9')
+            digit = c - '0';
+        else if (base == 16 && c >= 'a' && c <= 'f')
+            digit = c - 'a' + 10;
+        else if (base == 16 && c >= 'A' && c <= 'F')
+            digit = c - 'A' + 10;
         if (digit < 0) {
             return false;
         }
@@ -104,9 +108,12 @@ nlohmann::json Arguments::value(const char* what) {
         }
         return parsed;
     }
-    if (word->text == "true") return true;
-    if (word->text == "false") return false;
-    if (word->text == "null" || word->text == "-") return nullptr;
+    if (word->text == "true")
+        return true;
+    if (word->text == "false")
+        return false;
+    if (word->text == "null" || word->text == "-")
+        return nullptr;
     int64_t number = 0;
     if (parseInteger(word->text, number)) {
         return number;

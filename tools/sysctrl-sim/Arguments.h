@@ -14,7 +14,7 @@ namespace desk {
 // Reads typed values from the words of a command, in order. The first bad or missing value sets
 // the error; later reads then return defaults, so a caller reads everything and checks ok() once.
 class Arguments {
-public:
+  public:
     Arguments(const std::vector<Word>& words, size_t first);
 
     // Decimal or 0x hexadecimal, optionally negative, within -2147483648..4294967295; values above
@@ -34,7 +34,7 @@ public:
     bool ok() const { return m_error.empty(); }
     const std::string& error() const { return m_error; }
 
-private:
+  private:
     const Word* take(const char* what);
     bool parseInteger(const std::string& text, int64_t& value) const;
 

@@ -31,7 +31,8 @@ const char kHelp[] =
     "other:      echo TEXT... | help";
 
 void replaceAll(std::string& text, const std::string& from, const std::string& to) {
-    for (size_t at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size())) {
+    for (size_t at = text.find(from); at != std::string::npos;
+         at = text.find(from, at + to.size())) {
         text.replace(at, from.size(), to);
     }
 }
@@ -61,7 +62,8 @@ DeskHost::~DeskHost() {
 
 void DeskHost::error(const std::string& message) {
     ++m_errors;
-    m_printer.print(json{{"event", "error"}, {"line", m_line}, {"message", sim::textOrHex(message)}});
+    m_printer.print(
+        json{{"event", "error"}, {"line", m_line}, {"message", sim::textOrHex(message)}});
 }
 
 void DeskHost::lifecycle(const char* step, int status) {
@@ -72,7 +74,8 @@ bool DeskHost::create() {
     m_library = dlopen(m_pluginPath.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (m_library == nullptr) {
         const char* reason = dlerror();
-        error("cannot load the plug-in " + m_pluginPath + ": " + (reason != nullptr ? reason : "?"));
+        error("cannot load the plug-in " + m_pluginPath + ": " +
+              (reason != nullptr ? reason : "?"));
         return false;
     }
     const auto entry = reinterpret_cast<frame::CreateApplicationArrayFunction>(
@@ -334,7 +337,8 @@ bool DeskHost::scriptSet(const std::vector<Word>& words) {
         done = args.finish() && m_sim->setAnswer(target, result, outputs, problem);
     } else if (command == "state") {
         if (args.ok() && args.atEnd()) {
-            m_printer.print(json{{"event", "state"}, {"name", target}, {"value", m_sim->getState(target)}});
+            m_printer.print(
+                json{{"event", "state"}, {"name", target}, {"value", m_sim->getState(target)}});
             return true;
         }
         const json value = args.value("value");
@@ -348,8 +352,9 @@ bool DeskHost::scriptSet(const std::vector<Word>& words) {
             {"frame.registerInterface", zo::host::FrameStep::RegisterInterface}};
         const auto step = steps.find(target);
         if (args.finish() && step == steps.end()) {
-            problem = "fail takes frame.performSetupDone, frame.performStarting, "
-                      "frame.performStopping or frame.registerInterface";
+            problem =
+                "fail takes frame.performSetupDone, frame.performStarting, "
+                "frame.performStopping or frame.registerInterface";
         } else if (args.ok()) {
             zo::host::setFrameStepResult(step->second, status);
             done = true;

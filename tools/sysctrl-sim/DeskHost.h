@@ -21,7 +21,7 @@ namespace desk {
 // plug-in as the framework does, drives its life cycle, calls its interface and runs scripts
 // against it. The script language is described in docs/sim.md.
 class DeskHost {
-public:
+  public:
     DeskHost(const std::string& pluginPath, const std::string& root, Printer& printer);
     ~DeskHost();
 
@@ -35,7 +35,7 @@ public:
     void finish();
     bool hadErrors() const { return m_errors > 0; }
 
-private:
+  private:
     enum class Stage { Unloaded, Created, SetupDone, Started, Stopped, Destroyed };
 
     void error(const std::string& message);

@@ -49,9 +49,9 @@ struct Reader<std::vector<sysctrlservice::fuseitemcontent1_t>> {
         std::vector<sysctrlservice::fuseitemcontent1_t> items;
         for (const Word& word : args.rest()) {
             const size_t equals = word.text.find('=');
-            items.push_back({word.text.substr(0, equals),
-                             equals == std::string::npos ? std::string()
-                                                         : word.text.substr(equals + 1)});
+            items.push_back({word.text.substr(0, equals), equals == std::string::npos
+                                                              ? std::string()
+                                                              : word.text.substr(equals + 1)});
         }
         return items;
     }
@@ -66,8 +66,7 @@ Operation bind(const char* name, const char* usage,
         [member](ServiceInterface& service, frame::MsgIds& msgIds,
                  const frame::TransportInfo& transport, Arguments& args, int& status) {
             // A braced list reads the words from left to right.
-            std::tuple<std::decay_t<Params>...> values{
-                Reader<std::decay_t<Params>>::read(args)...};
+            std::tuple<std::decay_t<Params>...> values{Reader<std::decay_t<Params>>::read(args)...};
             if (!args.finish()) {
                 return false;
             }
@@ -129,7 +128,8 @@ const std::vector<Operation>& operations() {
         bind("controlPanelPower", "OFF", &ServiceInterface::controlPanelPower),
         bind("requestOptimeInfo", "", &ServiceInterface::requestOptimeInfo),
         bind("startOledAs", "", &ServiceInterface::startOledAs),
-        bind("saveOledManualGain", "GAIN0 GAIN1 GAIN2 GAIN3", &ServiceInterface::saveOledManualGain),
+        bind("saveOledManualGain", "GAIN0 GAIN1 GAIN2 GAIN3",
+             &ServiceInterface::saveOledManualGain),
         bind("setOledManualGainSetting", "INDEX VALUE",
              &ServiceInterface::setOledManualGainSetting),
         bind("getOledManualGainSetting", "INDEX", &ServiceInterface::getOledManualGainSetting),

@@ -13,7 +13,7 @@ namespace desk {
 // Writes the events of a run to standard output, one line each, as JSON or for a person to read.
 // Safe to call from any thread; lines never interleave.
 class Printer {
-public:
+  public:
     // `only` lists the event kinds to print; empty prints all.
     Printer(bool json, std::set<std::string> only);
 
@@ -22,7 +22,7 @@ public:
     // The line a person reads for an event.
     static std::string readable(const nlohmann::json& event);
 
-private:
+  private:
     bool m_json;
     std::set<std::string> m_only;
     std::mutex m_mutex;

@@ -8,9 +8,12 @@ bool isBlank(char c) {
 }
 
 int hexValue(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+    if (c >= '0' && c <= '9')
+        return c - '0';
+    if (c >= 'a' && c <= 'f')
+        return c - 'a' + 10;
+    if (c >= 'A' && c <= 'F')
+        return c - 'A' + 10;
     return -1;
 }
 
@@ -34,12 +37,24 @@ bool readQuoted(const std::string& line, size_t& i, Word& word, std::string& err
         }
         const char escape = line[i++];
         switch (escape) {
-            case '"': word.text.push_back('"'); break;
-            case '\\': word.text.push_back('\\'); break;
-            case 'n': word.text.push_back('\n'); break;
-            case 't': word.text.push_back('\t'); break;
-            case 'r': word.text.push_back('\r'); break;
-            case '0': word.text.push_back('\0'); break;
+            case '"':
+                word.text.push_back('"');
+                break;
+            case '\\':
+                word.text.push_back('\\');
+                break;
+            case 'n':
+                word.text.push_back('\n');
+                break;
+            case 't':
+                word.text.push_back('\t');
+                break;
+            case 'r':
+                word.text.push_back('\r');
+                break;
+            case '0':
+                word.text.push_back('\0');
+                break;
             case 'x': {
                 const int high = i < line.size() ? hexValue(line[i]) : -1;
                 const int low = i + 1 < line.size() ? hexValue(line[i + 1]) : -1;

@@ -75,7 +75,8 @@ std::string describeSimulatedSet() {
                 for (sim::Kind kind : op.outputs) {
                     outputs += (outputs.empty() ? "" : ", ") + std::string(sim::kindName(kind));
                 }
-                text += "| `" + op.name + "` | " + sim::kindName(op.result) + " | " + outputs + " |\n";
+                text +=
+                    "| `" + op.name + "` | " + sim::kindName(op.result) + " | " + outputs + " |\n";
             }
             text += "\n";
         }
@@ -126,7 +127,8 @@ int main(int argc, char** argv) {
         } else if (arg == "--only" && hasValue) {
             only = splitKinds(argv[++i]);
         } else if (arg == "--log-level" && hasValue) {
-            zo::host::setDebugThreshold(static_cast<uint16_t>(std::strtoul(argv[++i], nullptr, 10)));
+            zo::host::setDebugThreshold(
+                static_cast<uint16_t>(std::strtoul(argv[++i], nullptr, 10)));
         } else if (arg == "--describe") {
             std::cout << describeSimulatedSet();
             return 0;

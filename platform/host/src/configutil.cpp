@@ -67,7 +67,8 @@ int readIniInt(const std::string& file, const std::string& section, const std::s
             continue;
         }
         const size_t equals = text.find('=');
-        if (!inSection || equals == std::string::npos || trim(text.substr(0, equals)) != wantedKey) {
+        if (!inSection || equals == std::string::npos ||
+            trim(text.substr(0, equals)) != wantedKey) {
             continue;
         }
         std::string rawValue = trim(text.substr(equals + 1));
@@ -90,8 +91,8 @@ ConfigUtil& ConfigUtil::instance() {
     return utility;
 }
 
-int ConfigUtil::readInt(const std::string& file, const std::string& section,
-                        const std::string& key, int& value) {
+int ConfigUtil::readInt(const std::string& file, const std::string& section, const std::string& key,
+                        int& value) {
     const zo::host::Hooks hooks = zo::host::currentHooks();
     if (hooks.readInt) {
         return hooks.readInt(file, section, key, value);

@@ -10,11 +10,11 @@ namespace frame {
 // frameCreateApplicationArray() entry and drives every application of the returned null-terminated
 // array through the process-member life cycle; it deletes each application when it unloads.
 class AbstractApplication : public AbstractProcessMember {
-public:
+  public:
     AbstractApplication();
     ~AbstractApplication() override;
 
-protected:
+  protected:
     int32_t performSetupDone() override;
     int32_t performStarting() override;
     int32_t performStopping() override;
@@ -22,7 +22,7 @@ protected:
     // One lock per application object, for the application's own use.
     zo::Mutex& getApplicationLock();
 
-private:
+  private:
     zo::Mutex m_applicationLock;
 };
 

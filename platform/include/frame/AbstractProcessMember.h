@@ -12,7 +12,7 @@ namespace frame {
 // stop(), each of which runs the matching perform step that a member overrides. Status values are
 // 0 or positive for success and negative for failure.
 class AbstractProcessMember {
-public:
+  public:
     AbstractProcessMember();
     virtual ~AbstractProcessMember();
 
@@ -34,7 +34,7 @@ public:
     virtual int32_t postInternalEvent(int32_t eventId, void* data);
     virtual int32_t scheduleEvents();
 
-protected:
+  protected:
     virtual int32_t performSetupDone();
     virtual int32_t performStarting();
     virtual int32_t performStopping();

@@ -10,7 +10,7 @@ namespace frame {
 // A named interface in the framework's registry: the name it was registered under and the object
 // that implements it. The registry does not own the object.
 class Interface {
-public:
+  public:
     Interface(const std::string& name, void* implementation);
     ~Interface();
 
@@ -21,7 +21,7 @@ public:
     // The object registered under the name, as the registering member passed it.
     void* getImplementation() const;
 
-private:
+  private:
     std::string m_name;
     void* m_implementation;
 };

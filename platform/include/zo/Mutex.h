@@ -5,7 +5,7 @@ namespace zo {
 
 // The platform's non-recursive mutex.
 class Mutex {
-public:
+  public:
     Mutex();
     ~Mutex();
 
@@ -15,21 +15,21 @@ public:
     void lock();
     void unlock();
 
-private:
+  private:
     struct Impl;
     Impl* m_impl;
 };
 
 // Holds a Mutex for the lifetime of the guard.
 class MutexGuard {
-public:
+  public:
     explicit MutexGuard(Mutex& mutex) : m_mutex(mutex) { m_mutex.lock(); }
     ~MutexGuard() { m_mutex.unlock(); }
 
     MutexGuard(const MutexGuard&) = delete;
     MutexGuard& operator=(const MutexGuard&) = delete;
 
-private:
+  private:
     Mutex& m_mutex;
 };
 

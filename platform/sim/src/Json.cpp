@@ -18,9 +18,12 @@ bool integerIn(const json& value, int64_t low, int64_t high) {
 }
 
 int hexDigit(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+    if (c >= '0' && c <= '9')
+        return c - '0';
+    if (c >= 'a' && c <= 'f')
+        return c - 'a' + 10;
+    if (c >= 'A' && c <= 'F')
+        return c - 'A' + 10;
     return -1;
 }
 
@@ -104,20 +107,34 @@ bool fitsRecord(const json& value, std::string& error) {
 
 const char* kindName(Kind kind) {
     switch (kind) {
-        case Kind::Void: return "nothing";
-        case Kind::Int: return "int";
-        case Kind::UInt: return "unsigned int";
-        case Kind::UInt8: return "unsigned 8-bit";
-        case Kind::Bool: return "bool";
-        case Kind::String: return "text";
-        case Kind::Bytes: return "hex bytes";
-        case Kind::IntList: return "list of int";
-        case Kind::Object: return "object name";
-        case Kind::Satellite: return "SatelliteAntennaParams";
-        case Kind::Terrestrial: return "TerrestrialAntennaParams";
-        case Kind::FuseList: return "list of fuse items";
-        case Kind::SupportInfo: return "screenCaptureSupportType";
-        case Kind::Any: return "any";
+        case Kind::Void:
+            return "nothing";
+        case Kind::Int:
+            return "int";
+        case Kind::UInt:
+            return "unsigned int";
+        case Kind::UInt8:
+            return "unsigned 8-bit";
+        case Kind::Bool:
+            return "bool";
+        case Kind::String:
+            return "text";
+        case Kind::Bytes:
+            return "hex bytes";
+        case Kind::IntList:
+            return "list of int";
+        case Kind::Object:
+            return "object name";
+        case Kind::Satellite:
+            return "SatelliteAntennaParams";
+        case Kind::Terrestrial:
+            return "TerrestrialAntennaParams";
+        case Kind::FuseList:
+            return "list of fuse items";
+        case Kind::SupportInfo:
+            return "screenCaptureSupportType";
+        case Kind::Any:
+            return "any";
     }
     return "?";
 }
@@ -349,12 +366,14 @@ void to_json(json& j, const SatelliteAntennaParams& p) {
 }
 
 void from_json(const json& j, SatelliteAntennaParams& p) {
-    checkKeys(j,
-              {"satCables", "installationType", "satId", "lnbFrequencyLow", "lnbFrequencyHigh",
-               "repeatRate", "ctrlVoltage", "communalSupply", "signal22kHz", "toneBurst",
-               "motorType", "motorMoveType", "motorMoveData", "motorPositionData", "diseqcMode",
-               "highBand", "unicableDevId", "switchDelay", "channelNumber", "channelFrequency",
-               "pin", "pinProtected"},
+    checkKeys(j, {"satCables",       "installationType",  "satId",
+                  "lnbFrequencyLow", "lnbFrequencyHigh",  "repeatRate",
+                  "ctrlVoltage",     "communalSupply",    "signal22kHz",
+                  "toneBurst",       "motorType",         "motorMoveType",
+                  "motorMoveData",   "motorPositionData", "diseqcMode",
+                  "highBand",        "unicableDevId",     "switchDelay",
+                  "channelNumber",   "channelFrequency",  "pin",
+                  "pinProtected"},
               "SatelliteAntennaParams");
     enumFrom(j, "satCables", p.satCables);
     enumFrom(j, "installationType", p.installationType);

@@ -11,7 +11,8 @@ std::vector<RecordingClient::Received> RecordingClient::received() const {
     return m_received;
 }
 
-std::vector<RecordingClient::Received> RecordingClient::received(const std::string& callback) const {
+std::vector<RecordingClient::Received> RecordingClient::received(
+    const std::string& callback) const {
     std::lock_guard<std::mutex> lock(m_mutex);
     std::vector<Received> selected;
     for (const Received& r : m_received) {
@@ -57,16 +58,16 @@ void RecordingClient::record(const char* callback, const frame::MsgIds& msgIds,
     }
 }
 
-#define RECORD_TEXT(callback)                                                                \
+#define RECORD_TEXT(callback)                                                                    \
     void RecordingClient::callback(frame::MsgIds& msgIds, const frame::TransportInfo& transport, \
-                                   const std::string& text) {                                \
-        record(#callback, msgIds, transport, json::array({textOrHex(text)}));                \
+                                   const std::string& text) {                                    \
+        record(#callback, msgIds, transport, json::array({textOrHex(text)}));                    \
     }
 
-#define RECORD_INT(callback, Type)                                                           \
+#define RECORD_INT(callback, Type)                                                               \
     void RecordingClient::callback(frame::MsgIds& msgIds, const frame::TransportInfo& transport, \
-                                   Type value) {                                             \
-        record(#callback, msgIds, transport, json::array({value}));                          \
+                                   Type value) {                                                 \
+        record(#callback, msgIds, transport, json::array({value}));                              \
     }
 
 RECORD_INT(reinitCredentialsResult, int)

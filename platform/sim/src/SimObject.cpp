@@ -115,7 +115,10 @@ json& SimObject::state(const std::string& key) {
 }
 
 SimObject::Call::Call(SimObject& object, const char* operation, json args)
-    : m_object(object), m_lock(object.m_set.mutex()), m_operation(operation), m_args(std::move(args)) {
+    : m_object(object),
+      m_lock(object.m_set.mutex()),
+      m_operation(operation),
+      m_args(std::move(args)) {
     const auto found = object.m_answers.find(m_operation);
     if (found != object.m_answers.end()) {
         m_answer = found->second;

@@ -11,8 +11,8 @@ const char kPierInterfaceName[] = "zorbel.lm.interfaces.port.pier";
 }  // namespace
 
 json PortCall::toEvent() const {
-    return json{{"event", "port"},   {"object", object}, {"operation", operation},
-                {"args", args},      {"outputs", outputs}, {"result", result}};
+    return json{{"event", "port"}, {"object", object},   {"operation", operation},
+                {"args", args},    {"outputs", outputs}, {"result", result}};
 }
 
 class SimPier;
@@ -60,7 +60,7 @@ boost::shared_ptr<T> handOut(SimObject& from, const char* operation,
                              const boost::shared_ptr<T>& object, json args = json::array());
 
 class SimPier : public zo::port::Pier, public SimObject {
-public:
+  public:
     SimPier(SimSet& set, SimSet::Objects& objects)
         : SimObject(set, "Pier",
                     {{"getChassisDescription", Kind::Object, {}},
@@ -81,23 +81,32 @@ public:
         return handOut(*this, "getEventManager", m_objects.eventManager);
     }
 
-private:
+  private:
     SimSet::Objects& m_objects;
 };
 
 class SimFactory : public zo::port::Factory, public SimObject {
-public:
+  public:
     SimFactory(SimSet& set, SimSet::Objects& objects)
         : SimObject(set, "Factory",
-                    {{"getFrontPanel", Kind::Object, {}},     {"getFactoryManager", Kind::Object, {}},
-                     {"getHdmi", Kind::Object, {}},           {"getOpc", Kind::Object, {}},
-                     {"getAntenna", Kind::Object, {}},        {"getCredentialsState", Kind::Object, {}},
-                     {"getVodState", Kind::Object, {}},       {"getUart", Kind::Object, {}},
-                     {"getScreenCapture", Kind::Object, {}},  {"getOledPanel", Kind::Object, {}},
-                     {"getFarField", Kind::Object, {}},       {"getOperationHours", Kind::Object, {}},
-                     {"getRemoteControl", Kind::Object, {}},  {"getSystemControl", Kind::Object, {}},
-                     {"getZamControl", Kind::Object, {}},     {"getVideo", Kind::Object, {}},
-                     {"getStatusDisplay", Kind::Object, {}},  {"getHardwareInfo", Kind::Object, {}},
+                    {{"getFrontPanel", Kind::Object, {}},
+                     {"getFactoryManager", Kind::Object, {}},
+                     {"getHdmi", Kind::Object, {}},
+                     {"getOpc", Kind::Object, {}},
+                     {"getAntenna", Kind::Object, {}},
+                     {"getCredentialsState", Kind::Object, {}},
+                     {"getVodState", Kind::Object, {}},
+                     {"getUart", Kind::Object, {}},
+                     {"getScreenCapture", Kind::Object, {}},
+                     {"getOledPanel", Kind::Object, {}},
+                     {"getFarField", Kind::Object, {}},
+                     {"getOperationHours", Kind::Object, {}},
+                     {"getRemoteControl", Kind::Object, {}},
+                     {"getSystemControl", Kind::Object, {}},
+                     {"getZamControl", Kind::Object, {}},
+                     {"getVideo", Kind::Object, {}},
+                     {"getStatusDisplay", Kind::Object, {}},
+                     {"getHardwareInfo", Kind::Object, {}},
                      {"getSigner", Kind::Object, {}}},
                     {}),
           m_objects(objects) {}
@@ -163,13 +172,13 @@ public:
         return handOut(*this, "getSigner", m_objects.signer);
     }
 
-private:
+  private:
     SimSet::Objects& m_objects;
 };
 
 // SimObject::Call is protected; this friend-free helper runs one through a tiny subclass.
 class Getter : public SimObject {
-public:
+  public:
     template <typename T>
     static boost::shared_ptr<T> run(SimObject& from, const char* operation,
                                     const boost::shared_ptr<T>& object, json args) {
@@ -220,15 +229,33 @@ SimSet::Objects::Objects(SimSet& set)
       config(new SimConfig(set)),
       threads(new SimThreads(set)),
       clock(new SimClock(set)) {
-    all = {pier.get(),           chassisDescription.get(), subsystemManager.get(),
-           factory.get(),        eventManager.get(),       frontPanel.get(),
-           remoteControl.get(),  systemControl.get(),      zamControl.get(),
-           oledPanel.get(),      opc.get(),                uart.get(),
-           farField.get(),       factoryManager.get(),     hdmi.get(),
-           antenna.get(),        screenCapture.get(),      operationHours.get(),
-           statusDisplay.get(),  video.get(),              hardwareInfo.get(),
-           signer.get(),         credentialsState.get(),   vodState.get(),
-           shell.get(),          config.get(),             threads.get(),
+    all = {pier.get(),
+           chassisDescription.get(),
+           subsystemManager.get(),
+           factory.get(),
+           eventManager.get(),
+           frontPanel.get(),
+           remoteControl.get(),
+           systemControl.get(),
+           zamControl.get(),
+           oledPanel.get(),
+           opc.get(),
+           uart.get(),
+           farField.get(),
+           factoryManager.get(),
+           hdmi.get(),
+           antenna.get(),
+           screenCapture.get(),
+           operationHours.get(),
+           statusDisplay.get(),
+           video.get(),
+           hardwareInfo.get(),
+           signer.get(),
+           credentialsState.get(),
+           vodState.get(),
+           shell.get(),
+           config.get(),
+           threads.get(),
            clock.get()};
 }
 
@@ -248,7 +275,8 @@ SimSet::SimSet() : m_objects(new Objects(*this)) {
     };
     hooks.getUtcTime = [objects]() { return objects->clock->getUtcTime(); };
     zo::host::setHooks(hooks);
-    zo::host::registerInterface(kPierInterfaceName, static_cast<zo::port::Pier*>(m_objects->pier.get()));
+    zo::host::registerInterface(kPierInterfaceName,
+                                static_cast<zo::port::Pier*>(m_objects->pier.get()));
 }
 
 SimSet::~SimSet() {
@@ -309,8 +337,8 @@ bool SimSet::setPresent(const std::string& object, bool present, std::string& er
     return true;
 }
 
-bool SimSet::setAnswer(const std::string& objectOperation, const json& result,
-                       const json& outputs, std::string& error) {
+bool SimSet::setAnswer(const std::string& objectOperation, const json& result, const json& outputs,
+                       std::string& error) {
     std::string object;
     std::string operation;
     if (!splitName(objectOperation, object, operation, error)) {

@@ -108,7 +108,7 @@ struct TerrestrialAntennaParams {
 
 // Antenna settings of the tuners. Every operation returns 0 on success.
 class Antenna : public Object {
-public:
+  public:
     Antenna();
     ~Antenna() override;
 

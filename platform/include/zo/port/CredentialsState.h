@@ -8,7 +8,7 @@ namespace port {
 
 // Which device credentials are installed.
 class CredentialsState : public Object {
-public:
+  public:
     CredentialsState();
     ~CredentialsState() override;
 

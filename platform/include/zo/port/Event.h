@@ -15,7 +15,7 @@ enum eventClass_enum {
 
 // An object whose changes are announced as events.
 class EventSubject : public Object {
-public:
+  public:
     explicit EventSubject(const std::string& className);
     ~EventSubject() override;
 };
@@ -23,7 +23,7 @@ public:
 // Receives the events of the subjects it was registered with (see EventManager). The name given at
 // construction is its class name.
 class EventObserver : public Object {
-public:
+  public:
     explicit EventObserver(const std::string& name);
     ~EventObserver() override;
 

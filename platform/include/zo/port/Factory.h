@@ -31,7 +31,7 @@ class ZamControl;
 // Hands out the platform's device objects. A getter returns an empty handle when the set has no
 // such device.
 class Factory : public Object {
-public:
+  public:
     Factory();
     ~Factory() override;
 

@@ -18,7 +18,7 @@ struct secfuseitem {
 
 // Factory functions: GPIO, I2C and HDMI diagnostic commands, secure fuses, credentials, EAROM.
 class FactoryManager : public Object {
-public:
+  public:
     FactoryManager();
     ~FactoryManager() override;
 

@@ -11,7 +11,7 @@ namespace port {
 
 // The far-field microphone unit. Operations returning int return 0 on success unless noted.
 class FarField : public Object {
-public:
+  public:
     FarField();
     ~FarField() override;
 

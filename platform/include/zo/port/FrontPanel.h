@@ -8,7 +8,7 @@ namespace port {
 
 // The front panel's LEDs. Every operation returns 0 on success.
 class FrontPanel : public Object {
-public:
+  public:
     FrontPanel();
     ~FrontPanel() override;
 

@@ -10,7 +10,7 @@ namespace port {
 
 // Identity of the set's hardware.
 class HardwareInfo : public Object {
-public:
+  public:
     HardwareInfo();
     ~HardwareInfo() override;
 

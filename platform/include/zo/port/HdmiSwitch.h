@@ -14,7 +14,7 @@ const uint32_t HDMISWITCH_CLOCK_OK = 0x2;
 
 // The HDMI input switch.
 class HdmiSwitch : public Object {
-public:
+  public:
     HdmiSwitch();
     ~HdmiSwitch() override;
 

@@ -10,7 +10,7 @@ namespace port {
 
 // The base of every platform object. Objects are shared through boost::shared_ptr handles.
 class Object {
-public:
+  public:
     explicit Object(const std::string& className);
     virtual ~Object();
 
@@ -19,7 +19,7 @@ public:
 
     virtual std::string getClassName() const;
 
-private:
+  private:
     std::string m_className;
 };
 

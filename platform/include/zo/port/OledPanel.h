@@ -20,7 +20,7 @@ typedef void (*oledErrorCallback_t)(uint32_t errorMask, void* user);
 // The OLED panel: power, factory tuning, maintenance runs, information and errors. Its events are
 // of class EVENT_CLASS_OLED_PANEL.
 class OledPanel : public EventSubject {
-public:
+  public:
     OledPanel();
     ~OledPanel() override;
 

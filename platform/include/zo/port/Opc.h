@@ -10,7 +10,7 @@ namespace port {
 
 // The optical panel compensation unit.
 class Opc : public Object {
-public:
+  public:
     Opc();
     ~Opc() override;
 

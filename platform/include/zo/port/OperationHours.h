@@ -11,7 +11,7 @@ namespace port {
 
 // The set's operating-time counters 0 to 4. Its events are of class EVENT_CLASS_OPERATION_HOURS.
 class OperationHours : public EventSubject {
-public:
+  public:
     OperationHours();
     ~OperationHours() override;
 

@@ -13,21 +13,21 @@ class Factory;
 
 // Describes the chassis the software runs on.
 class ChassisDescription : public Object {
-public:
+  public:
     ChassisDescription();
     ~ChassisDescription() override;
 };
 
 // Manages the platform's subsystems.
 class SubsystemManager : public Object {
-public:
+  public:
     SubsystemManager();
     ~SubsystemManager() override;
 };
 
 // Delivers platform events to observers.
 class EventManager : public Object {
-public:
+  public:
     EventManager();
     ~EventManager() override;
 
@@ -38,7 +38,7 @@ public:
 
 // The platform's root object, registered in the framework as "zorbel.lm.interfaces.port.pier".
 class Pier : public Object {
-public:
+  public:
     Pier();
     ~Pier() override;
 

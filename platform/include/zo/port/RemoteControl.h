@@ -8,7 +8,7 @@ namespace port {
 
 // Remote-control and local keypad options. Every operation returns 0 on success.
 class RemoteControl : public Object {
-public:
+  public:
     RemoteControl();
     ~RemoteControl() override;
 

@@ -37,13 +37,14 @@ struct screenCaptureData {
 
 // Takes pictures of what the set shows.
 class ScreenCapture : public Object {
-public:
+  public:
     ScreenCapture();
     ~ScreenCapture() override;
 
     virtual int getSupportInfo(boost::shared_ptr<screenCaptureSupportType> info) = 0;
     virtual bool isAvailable(screenCaptureType_enum type) = 0;
-    virtual bool capture(screenCaptureType_enum type, boost::shared_ptr<screenCaptureData> data) = 0;
+    virtual bool capture(screenCaptureType_enum type,
+                         boost::shared_ptr<screenCaptureData> data) = 0;
 };
 
 }  // namespace port

@@ -8,7 +8,7 @@ namespace port {
 
 // Shows numbered status codes on screen.
 class StatusDisplay : public Object {
-public:
+  public:
     StatusDisplay();
     ~StatusDisplay() override;
 

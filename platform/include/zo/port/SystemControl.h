@@ -8,7 +8,7 @@ namespace port {
 
 // Panel power and system restart through the standby controller. 0 means success.
 class SystemControl : public Object {
-public:
+  public:
     SystemControl();
     ~SystemControl() override;
 

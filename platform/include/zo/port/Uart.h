@@ -10,7 +10,7 @@ namespace port {
 
 // The UART of an attached accessory.
 class Uart : public Object {
-public:
+  public:
     Uart();
     ~Uart() override;
 

@@ -8,7 +8,7 @@ namespace port {
 
 // The video output of one screen.
 class Video : public Object {
-public:
+  public:
     Video();
     ~Video() override;
 

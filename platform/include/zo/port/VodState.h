@@ -8,7 +8,7 @@ namespace port {
 
 // Whether video on demand is enabled on the set.
 class VodState : public Object {
-public:
+  public:
     VodState();
     ~VodState() override;
 

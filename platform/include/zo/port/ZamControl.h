@@ -8,7 +8,7 @@ namespace port {
 
 // Boot and hardware options of the hardware-interface layer. 0 means success.
 class ZamControl : public Object {
-public:
+  public:
     ZamControl();
     ~ZamControl() override;
 

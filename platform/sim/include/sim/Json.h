@@ -19,20 +19,20 @@ using json = nlohmann::json;
 
 // The kinds of values that operations take, return and fill in.
 enum class Kind {
-    Void,        // no value
-    Int,         // signed 32-bit; 0x80000000..0xFFFFFFFF wrap to negative
-    UInt,        // unsigned 32-bit; -2147483648..-1 wrap to the top
-    UInt8,       // 0..255
-    Bool,        // true, false, 1 or 0
-    String,      // text, or {"hex":"..."} for bytes that are not text
-    Bytes,       // "0a0b..." or {"hex":"0a0b..."}
-    IntList,     // [1, 2, ...]
-    Object,      // a port object's class name, or null when absent (getters only)
-    Satellite,   // SatelliteAntennaParams as an object keyed by field name
-    Terrestrial, // TerrestrialAntennaParams as {"supplyVoltage": n}
-    FuseList,    // [{"name": "...", "value": "..."}, ...]
-    SupportInfo, // {"supportedTypes": n, "maxWidth": n, "maxHeight": n}
-    Any,         // any JSON value
+    Void,         // no value
+    Int,          // signed 32-bit; 0x80000000..0xFFFFFFFF wrap to negative
+    UInt,         // unsigned 32-bit; -2147483648..-1 wrap to the top
+    UInt8,        // 0..255
+    Bool,         // true, false, 1 or 0
+    String,       // text, or {"hex":"..."} for bytes that are not text
+    Bytes,        // "0a0b..." or {"hex":"0a0b..."}
+    IntList,      // [1, 2, ...]
+    Object,       // a port object's class name, or null when absent (getters only)
+    Satellite,    // SatelliteAntennaParams as an object keyed by field name
+    Terrestrial,  // TerrestrialAntennaParams as {"supplyVoltage": n}
+    FuseList,     // [{"name": "...", "value": "..."}, ...]
+    SupportInfo,  // {"supportedTypes": n, "maxWidth": n, "maxHeight": n}
+    Any,          // any JSON value
 };
 
 const char* kindName(Kind kind);

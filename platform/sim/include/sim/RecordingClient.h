@@ -17,7 +17,7 @@ class SimSet;
 // simulated set's listener as {"event":"callback","client":NAME,"callback":...,"msgIds":[...],
 // "transport":[...],"args":[...]}.
 class RecordingClient : public sysctrlservice::ClientInterface {
-public:
+  public:
     struct Received {
         std::string callback;
         std::vector<int32_t> msgIds;
@@ -81,12 +81,13 @@ public:
                                const std::string& version) override;
     void burnFusesResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
                          int code) override;
-    void requestFuseInfoResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                               const std::vector<sysctrlservice::fuseitemcontent1_t>& items) override;
+    void requestFuseInfoResult(
+        frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+        const std::vector<sysctrlservice::fuseitemcontent1_t>& items) override;
     void getYTSignatureResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
                               const std::string& signature) override;
 
-private:
+  private:
     void record(const char* callback, const frame::MsgIds& msgIds,
                 const frame::TransportInfo& transport, json args);
 

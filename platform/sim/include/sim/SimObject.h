@@ -40,7 +40,7 @@ struct Answer {
 // Each operation of a simulated object runs inside a Call, which holds the set's lock, applies the
 // scripted answer and journals the call when it completes.
 class SimObject {
-public:
+  public:
     SimObject(SimSet& set, const std::string& name, std::vector<OpSpec> operations,
               std::vector<StateSpec> state, bool canBeAbsent = true);
     virtual ~SimObject();
@@ -65,9 +65,9 @@ public:
     // Back to the initial state, without answers; presence is kept.
     void reset();
 
-protected:
+  protected:
     class Call {
-    public:
+      public:
         Call(SimObject& object, const char* operation, json args = json::array());
         ~Call();
 
@@ -86,7 +86,7 @@ protected:
         bool hasScriptedOutput() const;
         bool hasScriptedResult() const;
 
-    private:
+      private:
         const json* scriptedOutput() const;
         void finish(json result);
 
@@ -108,7 +108,7 @@ protected:
     }
     SimSet& simSet() { return m_set; }
 
-private:
+  private:
     friend class Call;
 
     SimSet& m_set;

@@ -32,7 +32,7 @@ struct PortCall {
 // scriptable; see docs/sim.md. One set at a time per process: it installs the host runtime's hooks
 // and registers the Pier while it lives.
 class SimSet {
-public:
+  public:
     SimSet();
     ~SimSet();
 
@@ -82,7 +82,7 @@ public:
 
     struct Objects;
 
-private:
+  private:
     mutable std::recursive_mutex m_mutex;
     std::unique_ptr<Objects> m_objects;
     std::vector<PortCall> m_journal;

@@ -16,7 +16,7 @@ namespace sysctrlservice {
 // of the request it answers; reports that no request asked for carry identifiers of -1 (see
 // Application's unsolicited identifiers).
 class ClientInterface {
-public:
+  public:
     virtual ~ClientInterface() = default;
 
     virtual void reinitCredentialsResult(frame::MsgIds& msgIds,
@@ -65,13 +65,11 @@ public:
                                    int result) = 0;
     virtual void oledPanelInfoResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
                                      const std::vector<int>& info) = 0;
-    virtual void getPanelVersionResult(frame::MsgIds& msgIds,
-                                       const frame::TransportInfo& transport,
+    virtual void getPanelVersionResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
                                        const std::string& version) = 0;
     virtual void burnFusesResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
                                  int code) = 0;
-    virtual void requestFuseInfoResult(frame::MsgIds& msgIds,
-                                       const frame::TransportInfo& transport,
+    virtual void requestFuseInfoResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
                                        const std::vector<fuseitemcontent1_t>& items) = 0;
     // `signature` holds raw bytes.
     virtual void getYTSignatureResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,

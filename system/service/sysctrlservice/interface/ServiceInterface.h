@@ -15,7 +15,7 @@ namespace sysctrlservice {
 // "zorbel.lm.interfaces.sysctrlservice". Every operation returns its status at once; results travel
 // to every registered client through ClientInterface.
 class ServiceInterface {
-public:
+  public:
     virtual ~ServiceInterface() = default;
 
     virtual int requestFuseInfo(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
@@ -107,15 +107,14 @@ public:
                                  int flag) = 0;
     virtual int controlPanelPower(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
                                   int off) = 0;
-    virtual int requestOptimeInfo(frame::MsgIds& msgIds,
-                                  const frame::TransportInfo& transport) = 0;
+    virtual int requestOptimeInfo(frame::MsgIds& msgIds, const frame::TransportInfo& transport) = 0;
     virtual int startOledAs(frame::MsgIds& msgIds, const frame::TransportInfo& transport) = 0;
     virtual int saveOledManualGain(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
                                    unsigned int gain0, unsigned int gain1, unsigned int gain2,
                                    unsigned int gain3) = 0;
     virtual int setOledManualGainSetting(frame::MsgIds& msgIds,
-                                         const frame::TransportInfo& transport,
-                                         unsigned int index, unsigned int value) = 0;
+                                         const frame::TransportInfo& transport, unsigned int index,
+                                         unsigned int value) = 0;
     virtual int getOledManualGainSetting(frame::MsgIds& msgIds,
                                          const frame::TransportInfo& transport,
                                          unsigned int index) = 0;

@@ -45,19 +45,19 @@ class PortObserver;
 // platform's port objects. The framework drives its life cycle; the RPC layer calls the interface
 // operations on its own threads. The application lock guards the client list and nothing else.
 class Application : public frame::AbstractApplication, public ServiceInterface {
-public:
+  public:
     Application();
     ~Application() override;
 
     Application(const Application&) = delete;
     Application& operator=(const Application&) = delete;
 
-protected:
+  protected:
     int32_t performSetupDone() override;
     int32_t performStarting() override;
     int32_t performStopping() override;
 
-public:
+  public:
     // Platform events of the OLED panel (class 25) and the operation-hours object (class 1).
     // Returns 0 when handled, -22 for a subject of the wrong type, -1 for an event it ignores.
     virtual int notify(zo::port::eventClass_enum eventClass,
@@ -112,8 +112,7 @@ public:
                          int value) override;
     int controlOledMaint(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
                          unsigned int flag) override;
-    int requestOledPanelInfo(frame::MsgIds& msgIds,
-                             const frame::TransportInfo& transport) override;
+    int requestOledPanelInfo(frame::MsgIds& msgIds, const frame::TransportInfo& transport) override;
     int setOledLeaEnable(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
                          unsigned char enable) override;
     int setOledCpcEnable(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
@@ -174,7 +173,7 @@ public:
     // The OLED panel's error callback; `user` is the application.
     static void oledErrorCallback(uint32_t errorMask, void* user);
 
-private:
+  private:
     // Copies the client list under the application lock, so that callbacks run without it and a
     // client removed meanwhile stays alive until its delivery ends.
     std::vector<ClientInterfacePtr> copyClients();

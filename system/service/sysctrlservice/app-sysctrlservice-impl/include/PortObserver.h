@@ -11,7 +11,7 @@ class Application;
 
 // Passes the platform events of one subject on to the application.
 class PortObserver : public zo::port::EventObserver {
-public:
+  public:
     // `application` is not owned and may be null, in which case events are ignored.
     PortObserver(const std::string& name, Application* application);
     ~PortObserver() override;
@@ -20,7 +20,7 @@ public:
     int onEvent(zo::port::eventClass_enum eventClass,
                 boost::shared_ptr<zo::port::EventSubject> subject, int eventId) override;
 
-private:
+  private:
     Application* m_application;
 };
 

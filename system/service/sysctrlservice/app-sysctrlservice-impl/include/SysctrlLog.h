@@ -16,11 +16,11 @@ enum LogModule : uint16_t {
 
 // Level numbers; a higher number is more verbose.
 enum LogLevel : uint16_t {
-    LOG_NOTICE = 1,        // value-setting notices
-    LOG_PORT_ERROR = 1000, // port failures and missing objects
-    LOG_ERROR = 3000,      // framework failures and the "failed." texts of the command operations
-    LOG_TRACE = 4000,      // "Called." entry traces and progress
-    LOG_FINE = 5000,       // fine progress of file writing
+    LOG_NOTICE = 1,         // value-setting notices
+    LOG_PORT_ERROR = 1000,  // port failures and missing objects
+    LOG_ERROR = 3000,       // framework failures and the "failed." texts of the command operations
+    LOG_TRACE = 4000,       // "Called." entry traces and progress
+    LOG_FINE = 5000,        // fine progress of file writing
 };
 
 // The file name without its directories, for the "%s:%d:%s(): " prefix of every message.
@@ -33,14 +33,13 @@ inline const char* logBaseName(const char* path) {
 
 // Logs a message whose format starts with "%s:%d:%s(): "; the macro supplies the file's base name,
 // the line and the function. Arguments are evaluated only when the level is enabled.
-#define SYSCTRL_LOG_IN(module, level, format, ...)                                              \
-    do {                                                                                        \
-        const uint32_t sysctrlLevelWord_ = ::zo::debug::levelWord((module), (level));           \
-        if (::zo::debug::isEnabled(sysctrlLevelWord_)) {                                        \
-            ::zo::debug::print(sysctrlLevelWord_, format,                                       \
-                               ::sysctrlservice::logBaseName(__FILE__), __LINE__, __func__,     \
-                               ##__VA_ARGS__);                                                  \
-        }                                                                                       \
+#define SYSCTRL_LOG_IN(module, level, format, ...)                                                 \
+    do {                                                                                           \
+        const uint32_t sysctrlLevelWord_ = ::zo::debug::levelWord((module), (level));              \
+        if (::zo::debug::isEnabled(sysctrlLevelWord_)) {                                           \
+            ::zo::debug::print(sysctrlLevelWord_, format, ::sysctrlservice::logBaseName(__FILE__), \
+                               __LINE__, __func__, ##__VA_ARGS__);                                 \
+        }                                                                                          \
     } while (0)
 
 #define SYSCTRL_LOG(level, format, ...) \

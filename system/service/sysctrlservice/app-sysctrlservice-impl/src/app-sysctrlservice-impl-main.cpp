@@ -42,8 +42,7 @@ frame::AbstractApplication** frameCreateApplicationArray() {
 
 namespace sysctrlservice {
 
-Application::Application()
-    : m_pier(nullptr), m_maintFlags(0), m_maintRunning(false) {
+Application::Application() : m_pier(nullptr), m_maintFlags(0), m_maintRunning(false) {
     SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): Called.\n");
 }
 
@@ -112,8 +111,7 @@ int32_t Application::performStarting() {
 
     const int32_t status = frame::AbstractApplication::performStarting();
     if (status < 0) {
-        SYSCTRL_LOG(LOG_ERROR, "%s:%d:%s(): Parent class performStarting() returned %d.\n",
-                    status);
+        SYSCTRL_LOG(LOG_ERROR, "%s:%d:%s(): Parent class performStarting() returned %d.\n", status);
         return status;
     }
 
@@ -145,8 +143,7 @@ int32_t Application::performStopping() {
 
     const int32_t status = frame::AbstractApplication::performStopping();
     if (status < 0) {
-        SYSCTRL_LOG(LOG_ERROR, "%s:%d:%s(): Parent class performStopping() returned %d.\n",
-                    status);
+        SYSCTRL_LOG(LOG_ERROR, "%s:%d:%s(): Parent class performStopping() returned %d.\n", status);
         return status;
     }
     return 0;

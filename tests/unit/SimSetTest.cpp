@@ -1,0 +1,131 @@
+// The simulated set itself: scripting, state, presence and the journal.
+#include <gtest/gtest.h>
+
+#include "sim/SimSet.h"
+#include "zo/host/Host.h"
+#include "zo/port/Antenna.h"
+#include "zo/port/Factory.h"
+#include "zo/port/Opc.h"
+#include "zo/port/Pier.h"
+#include "zo/port/Uart.h"
+
+namespace {
+
+using sim::json;
+
+class SimulatedSet : public ::testing::Test {
+  protected:
+    zo::port::Pier& pier() {
+        void* found = zo::host::lookupInterface("zorbel.lm.interfaces.port.pier");
+        EXPECT_NE(found, nullptr);
+        return *static_cast<zo::port::Pier*>(found);
+    }
+    boost::shared_ptr<zo::port::Factory> factory() { return pier().getFactory(); }
+
+    sim::SimSet m_set;
+};
+
+struct BadScript {
+    const char* target;
+    json result;
+    json outputs;
+    const char* error;
+};
+
+TEST_F(SimulatedSet, RefusesScriptsThatDoNotFitTheOperation) {
+    const BadScript cases[] = {
+        {"Opc", 0, json::array(), "expected Object.name"},
+        {"Nowhere.start", 0, json::array(), "no simulated object Nowhere"},
+        {"Opc.launch", 0, json::array(), "Opc has no operation launch"},
+        {"Opc.start", "zero", json::array(), "expected int"},
+        {"Opc.start", 0, json::array({1}), "fills in 0 value(s), not 1"},
+        {"FarField.getTriggerDuration", 0, json::array({-1.5}), "output 1"},
+        {"OledPanel.getVersion", 0, json::array({"0g"}), "expected hex bytes"},
+        {"Antenna.getSatelliteParams", 0, json::array({{{"satCable", 1}}}), "no field satCable"},
+        {"Factory.getOpc", nullptr, json::array(), "use absent and present"},
+    };
+    for (const BadScript& c : cases) {
+        std::string error;
+        EXPECT_FALSE(m_set.setAnswer(c.target, c.result, c.outputs, error)) << c.target;
+        EXPECT_NE(error.find(c.error), std::string::npos) << c.target << ": " << error;
+    }
+}
+
+TEST_F(SimulatedSet, ScriptedAnswersOverrideUntilUnsetWithoutChangingState) {
+    const boost::shared_ptr<zo::port::Opc> opc = factory()->getOpc();
+    std::string error;
+    ASSERT_TRUE(m_set.setAnswer("Opc.start", 7, json::array(), error)) << error;
+    EXPECT_EQ(opc->start(3), 7);
+    EXPECT_EQ(m_set.getState("Opc.running"), false);  // a failed start changes nothing
+
+    ASSERT_TRUE(m_set.clearAnswer("Opc.start", error)) << error;
+    EXPECT_EQ(opc->start(3), 0);
+    EXPECT_EQ(m_set.getState("Opc.running"), true);
+    EXPECT_EQ(m_set.getState("Opc.mode"), 3);
+
+    const std::vector<sim::PortCall> starts = m_set.calls("Opc", "start");
+    ASSERT_EQ(starts.size(), 2u);
+    EXPECT_EQ(starts[0].args, json::array({3}));
+    EXPECT_EQ(starts[0].result, 7);
+    EXPECT_EQ(starts[1].result, 0);
+}
+
+TEST_F(SimulatedSet, AntennaRecordWrittenIsReadBack) {
+    const boost::shared_ptr<zo::port::Antenna> antenna = factory()->getAntenna();
+    zo::port::SatelliteAntennaParams written;
+    written.satCables = zo::port::ANTENNA_SAT_CABLES_SPLIT;
+    written.satId = {3, -1};
+    written.pin = {"0042"};
+    ASSERT_EQ(antenna->setSatelliteParams(written), 0);
+
+    zo::port::SatelliteAntennaParams read;
+    ASSERT_EQ(antenna->getSatelliteParams(read), 0);
+    EXPECT_EQ(read.satCables, zo::port::ANTENNA_SAT_CABLES_SPLIT);
+    EXPECT_EQ(read.satId, (std::vector<int32_t>{3, -1}));
+    EXPECT_EQ(read.pin, (std::vector<std::string>{"0042"}));
+    EXPECT_TRUE(read.lnbFrequencyLow.empty());
+}
+
+TEST_F(SimulatedSet, UartHandsOutQueuedBytesUpToItsCapacity) {
+    const boost::shared_ptr<zo::port::Uart> uart = factory()->getUart();
+    std::string error;
+    ASSERT_TRUE(m_set.setState("Uart.rxData", "0102030405", error)) << error;
+    uint8_t buffer[3] = {0, 0, 0};
+    EXPECT_EQ(uart->read(buffer, 3, 1), 3);
+    EXPECT_EQ(buffer[2], 3);
+    EXPECT_EQ(uart->read(buffer, 3, 1), 2);
+    EXPECT_EQ(uart->read(buffer, 3, 1), 0);
+
+    const uint8_t sent[] = {0xFF, 0x00};
+    EXPECT_EQ(uart->write(sent, 2, 1), 2);
+    EXPECT_EQ(m_set.getState("Uart.txData"), "ff00");
+}
+
+TEST_F(SimulatedSet, AbsentObjectsAreNotHandedOut) {
+    std::string error;
+    ASSERT_TRUE(m_set.setPresent("Opc", false, error)) << error;
+    EXPECT_FALSE(factory()->getOpc());
+    EXPECT_EQ(m_set.calls("Factory", "getOpc").back().result, nullptr);
+    ASSERT_TRUE(m_set.setPresent("Opc", true, error)) << error;
+    EXPECT_TRUE(factory()->getOpc());
+
+    EXPECT_FALSE(m_set.setPresent("clock", false, error));
+    ASSERT_TRUE(m_set.setPresent("Pier", false, error)) << error;
+    EXPECT_EQ(zo::host::lookupInterface("zorbel.lm.interfaces.port.pier"), nullptr);
+    ASSERT_TRUE(m_set.setPresent("Pier", true, error)) << error;
+    EXPECT_NE(zo::host::lookupInterface("zorbel.lm.interfaces.port.pier"), nullptr);
+}
+
+TEST_F(SimulatedSet, ListenerSeesEveryCallInOrder) {
+    std::vector<std::string> seen;
+    m_set.setListener([&seen](const json& event) {
+        seen.push_back(event["object"].get<std::string>() + "." +
+                       event["operation"].get<std::string>());
+    });
+    factory()->getOpc()->getState();
+    m_set.setListener(nullptr);
+    EXPECT_EQ(seen,
+              (std::vector<std::string>{"Pier.getFactory", "Factory.getOpc", "Opc.getState"}));
+}
+
+}  // namespace
