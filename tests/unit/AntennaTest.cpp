@@ -580,14 +580,6 @@ TEST_F(Antenna, EveryClientReceivesTheReplyWithTheCallersIdentifiers) {
     }
 }
 
-TEST_F(Antenna, RepliesGoOutEvenWithoutClients) {
-    EXPECT_EQ(service().removeClient(m_client), 0);
-    frame::MsgIds ids = msgIds(2);
-    EXPECT_EQ(service().controlAntenna(ids, transport(2), "setTerrestrialAntenna 5V"), 0);
-    EXPECT_EQ(sim().getState("Antenna.terrestrial"), json({{"supplyVoltage", 1}}));
-    EXPECT_TRUE(m_client->received().empty());
-}
-
 // --- LNB power ---
 
 TEST_F(Antenna, LnbPowerValueReachesThePortUnchanged) {
