@@ -1,10 +1,56 @@
 // The antenna operations: the antenna command language and LNB power.
 #include "Application.h"
 
+#include <exception>
+
+#include "SysctrlLog.h"
+#include "antennacontrol.h"
+#include "zo/port/Antenna.h"
+#include "zo/port/Factory.h"
+
 namespace sysctrlservice {
 
-int Application::controlAntenna(frame::MsgIds&, const frame::TransportInfo&, const std::string&) { return 0; }
+int Application::controlAntenna(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                                const std::string& command) {
+    SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): Called.\n");
+    std::string reply;
+    int status = 0;
+    try {
+        // A missing antenna object needs no test here: the controller then answers with the
+        // command's own read or write failure, which ends in "failed." below.
+        antennacontrol control(m_antenna);
+        status = control.do_cmd(command, reply);
+    } catch (const std::exception&) {
+        // Out of memory, or a platform object that throws: answer with the languages' general
+        // command failure rather than a half-made reply.
+        reply = "err: command returns error";
+        status = 0;
+    }
+    if (status == 0) {
+        SYSCTRL_LOG(LOG_ERROR, "%s:%d:%s(): failed.\n");
+    }
+    deliverToClients(&ClientInterface::controlAntennaResult, msgIds, transport, reply);
+    return 0;
+}
 
-int Application::setLnbPower(frame::MsgIds&, const frame::TransportInfo&, int) { return 0; }
+int Application::setLnbPower(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                             int value) {
+    SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): Called,value:%d.\n", value);
+    // Asked anew each time, so a replaced antenna object is used from now on.
+    boost::shared_ptr<zo::port::Antenna> antenna;
+    if (m_factory) {
+        antenna = m_factory->getAntenna();
+    }
+    m_antenna = antenna;
+
+    int result = 0;
+    if (antenna) {
+        SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): setLnbPower.\n");
+        result = antenna->setLnbPower(value);
+    }
+    SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): Called,return:%d.\n", result);
+    deliverToClients(&ClientInterface::setLnbPowerResult, msgIds, transport, result);
+    return 0;
+}
 
 }  // namespace sysctrlservice
