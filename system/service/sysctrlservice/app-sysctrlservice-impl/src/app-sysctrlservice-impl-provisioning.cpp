@@ -1,22 +1,216 @@
 // Secure fuses, credentials, EAROM, chip identity and message signing.
 #include "Application.h"
 
+#include <array>
+#include <cstdint>
+
+#include "SysctrlLog.h"
+#include "zo/port/CredentialsState.h"
+#include "zo/port/Factory.h"
+#include "zo/port/FactoryManager.h"
+#include "zo/port/HardwareInfo.h"
+#include "zo/port/Signer.h"
+#include "zo/port/VodState.h"
+
 namespace sysctrlservice {
 
-int Application::requestFuseInfo(frame::MsgIds&, const frame::TransportInfo&, unsigned int) { return 0; }
+namespace {
 
-int Application::burnFuses(frame::MsgIds&, const frame::TransportInfo&, const std::vector<fuseitemcontent1_t>&) { return 0; }
+// Negated Linux error numbers of the provisioning results.
+const int kErrIo = -5;             // EIO
+const int kErrAccess = -13;        // EACCES
+const int kErrConnRefused = -111;  // ECONNREFUSED
 
-int Application::reinitCredentials(frame::MsgIds&, const frame::TransportInfo&, int) { return 0; }
+// The credentials mode that deletes instead of rewriting.
+const int kDeleteCredentialsMode = 1;
 
-int Application::readEarom(frame::MsgIds&, const frame::TransportInfo&, int, unsigned int) { return 0; }
+// The signature buffer handed to the signer; a longer signature cannot be asked for.
+const unsigned int kSignatureCapacity = 256;
+// The key the signer uses for the YouTube application.
+const int kYouTubeSigningKey = 0;
 
-int Application::writeEarom(frame::MsgIds&, const frame::TransportInfo&, int, const std::string&) { return 0; }
+// What the credentials-state object reports, as the fuse report names it. Any other state repeats
+// the value of the item before it (the last fuse item's), as the report has always done.
+std::string credentialsInstalled(const boost::shared_ptr<zo::port::CredentialsState>& credentials,
+                                 const std::vector<fuseitemcontent1_t>& report) {
+    const int state = credentials ? credentials->getCredentialsState() : -1;
+    switch (state) {
+        case 0:
+            return "PRODUCTION";
+        case 1:
+            return "TEST";
+        case -1:
+            return "NO";
+        default:
+            return report.empty() ? std::string() : report.back().value;
+    }
+}
 
-int Application::getEaromSize(frame::MsgIds&, const frame::TransportInfo&) { return 0; }
+std::string vodEnabled(const boost::shared_ptr<zo::port::VodState>& vod) {
+    return vod && vod->isVodEnabled() != 0 ? "YES" : "NO";
+}
 
-int Application::getChipID(frame::MsgIds&, const frame::TransportInfo&) { return 0; }
+}  // namespace
 
-int Application::getYTSignature(frame::MsgIds&, const frame::TransportInfo&, const std::string&, unsigned int, unsigned int) { return -1; }
+int Application::burnFuses(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                           const std::vector<fuseitemcontent1_t>& items) {
+    SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): Called.\n");
+
+    std::vector<zo::port::secfuseitem> fuses;
+    fuses.reserve(items.size());
+    for (const fuseitemcontent1_t& item : items) {
+        fuses.push_back(zo::port::secfuseitem{item.name, item.value});
+    }
+
+    int code = 0;
+    if (!m_factoryManager) {
+        SYSCTRL_LOG(LOG_PORT_ERROR, "%s:%d:%s(): Factorymanager not available.\n");
+        code = kErrConnRefused;
+    } else if (!m_factoryManager->burnSecureFuses(fuses)) {
+        SYSCTRL_LOG(LOG_PORT_ERROR, "%s:%d:%s(): Error while burning fuses.\n");
+        code = kErrIo;
+    }
+    deliverToClients(&ClientInterface::burnFusesResult, msgIds, transport, code);
+    return 0;
+}
+
+int Application::requestFuseInfo(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                                 unsigned int selector) {
+    SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): Called.\n");
+
+    std::vector<fuseitemcontent1_t> report;
+    if (m_factoryManager) {
+        std::vector<zo::port::secfuseitem> fuses;
+        if (!m_factoryManager->getSecureFuses(fuses, selector)) {
+            SYSCTRL_LOG(LOG_PORT_ERROR, "%s:%d:%s(): Error while fetching fuse data.\n");
+        }
+        // A failed fetch may still have delivered items; they are reported too.
+        report.reserve(fuses.size() + 2);
+        for (const zo::port::secfuseitem& fuse : fuses) {
+            report.push_back(fuseitemcontent1_t{fuse.name, fuse.value});
+        }
+    } else {
+        SYSCTRL_LOG(LOG_PORT_ERROR, "%s:%d:%s(): Factorymanager not available.\n");
+    }
+
+    const std::string credentials = credentialsInstalled(m_credentialsState, report);
+    report.push_back(fuseitemcontent1_t{"CredentialsInstalled", credentials});
+    report.push_back(fuseitemcontent1_t{"VodEnabled", vodEnabled(m_vodState)});
+
+    deliverToClients(&ClientInterface::requestFuseInfoResult, msgIds, transport, report);
+    return 0;
+}
+
+int Application::reinitCredentials(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                                   int mode) {
+    SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): Called.\n");
+
+    int code = 0;
+    if (!m_factoryManager) {
+        SYSCTRL_LOG(LOG_PORT_ERROR, "%s:%d:%s(): Factorymanager not available.\n");
+        code = kErrConnRefused;
+    } else if (mode == kDeleteCredentialsMode) {
+        if (!m_factoryManager->deleteCredentials(kDeleteCredentialsMode)) {
+            SYSCTRL_LOG(LOG_PORT_ERROR, "%s:%d:%s(): Error in delete of credentials.\n");
+            code = kErrAccess;
+        }
+    } else if (!m_factoryManager->rewriteCredentials(mode)) {
+        SYSCTRL_LOG(LOG_PORT_ERROR, "%s:%d:%s(): Error in rewrite of credentials.\n");
+        code = kErrIo;
+    }
+    deliverToClients(&ClientInterface::reinitCredentialsResult, msgIds, transport, code);
+    return 0;
+}
+
+// The EAROM operations hand the platform's text through untouched, also when it failed: the
+// caller gets whatever the manager left (usually nothing). A set without a factory manager
+// answers as a failed call does.
+
+int Application::readEarom(frame::MsgIds& msgIds, const frame::TransportInfo& transport, int offset,
+                           unsigned int length) {
+    SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): Called.\n");
+    std::string data;
+    if (!m_factoryManager || !m_factoryManager->readEaromBlock(offset, length, data)) {
+        SYSCTRL_LOG(LOG_PORT_ERROR, "%s:%d:%s(): failed.\n");
+    }
+    deliverToClients(&ClientInterface::readEaromResult, msgIds, transport, data);
+    return 0;
+}
+
+int Application::writeEarom(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                            int offset, const std::string& data) {
+    SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): Called.\n");
+    std::string result;
+    if (!m_factoryManager || !m_factoryManager->writeEaromBlock(offset, data, result)) {
+        SYSCTRL_LOG(LOG_PORT_ERROR, "%s:%d:%s(): failed.\n");
+    }
+    deliverToClients(&ClientInterface::writeEaromResult, msgIds, transport, result);
+    return 0;
+}
+
+int Application::getEaromSize(frame::MsgIds& msgIds, const frame::TransportInfo& transport) {
+    SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): Called.\n");
+    std::string size;
+    if (!m_factoryManager || !m_factoryManager->queryEaromSize(size)) {
+        SYSCTRL_LOG(LOG_PORT_ERROR, "%s:%d:%s(): failed.\n");
+    }
+    deliverToClients(&ClientInterface::getEaromSizeResult, msgIds, transport, size);
+    return 0;
+}
+
+int Application::getChipID(frame::MsgIds& msgIds, const frame::TransportInfo& transport) {
+    const boost::shared_ptr<zo::port::HardwareInfo> hardware =
+        m_factory ? m_factory->getHardwareInfo() : boost::shared_ptr<zo::port::HardwareInfo>();
+    std::string chipId;
+    if (hardware) {
+        const int result = hardware->getChipId(chipId);
+        if (result != 0) {
+            SYSCTRL_LOG(LOG_PORT_ERROR, "%s:%d:%s(): ZAM get chip id failed , ret = %d.\n", result);
+        }
+    }
+    deliverToClients(&ClientInterface::getChipIDResult, msgIds, transport, chipId);
+    return 0;
+}
+
+int Application::getYTSignature(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                                const std::string& message, unsigned int /*reserved*/,
+                                unsigned int signatureLength) {
+    if (!m_factory) {
+        return -1;
+    }
+    if (message.empty()) {
+        SYSCTRL_LOG(LOG_PORT_ERROR, "%s:%d:%s(): param message must not null, please check.\n");
+        return -1;
+    }
+    const boost::shared_ptr<zo::port::Signer> signer = m_factory->getSigner();
+    if (!signer) {
+        return -1;
+    }
+    // The text says "expect <" but a signature of exactly the buffer's size is accepted; both are
+    // kept as callers know them.
+    if (signatureLength > kSignatureCapacity) {
+        SYSCTRL_LOG(LOG_PORT_ERROR,
+                    "%s:%d:%s(): ZAM get youtube signature success , but signature size is too "
+                    "biger, expect < %d,actual len:%d.\n",
+                    kSignatureCapacity, signatureLength);
+        return -1;
+    }
+
+    std::array<uint8_t, kSignatureCapacity> signature{};
+    const int result = signer->signMessage(
+        kYouTubeSigningKey, reinterpret_cast<const uint8_t*>(message.data()),
+        static_cast<uint32_t>(message.size()), signature.data(), signatureLength);
+    if (result != 0) {
+        SYSCTRL_LOG(LOG_PORT_ERROR, "%s:%d:%s(): ZAM get youtube signature failed , ret = %d.\n",
+                    result);
+        return -1;
+    }
+    SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): ZAM get youtube signature value successfully\n");
+
+    // Raw bytes, zero bytes included: the signature is not text.
+    const std::string bytes(reinterpret_cast<const char*>(signature.data()), signatureLength);
+    deliverToClients(&ClientInterface::getYTSignatureResult, msgIds, transport, bytes);
+    return 0;
+}
 
 }  // namespace sysctrlservice
