@@ -248,7 +248,7 @@ public:
                      {"panelEvents", Kind::IntList, json::array()},
                      {"panelInfo", Kind::IntList, json::array({1, 2, 3, 4, 5})},
                      {"version", Kind::Bytes,
-                      "04030201" "0000" "0a" "0000000000" "0b" "0000000000000000" "0c"}}) {}
+                      "01020304" "0000" "0a" "0000000000" "0b" "0000000000000000" "0c"}}) {}
 
     uint32_t getErrorStatus() override {
         Call call(*this, "getErrorStatus");

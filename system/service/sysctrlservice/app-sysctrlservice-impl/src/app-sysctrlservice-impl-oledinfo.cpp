@@ -1,16 +1,117 @@
 // OLED panel information, version, errors and operating-time reports.
 #include "Application.h"
 
+#include <stdio.h>
+
+#include <algorithm>
+#include <atomic>
+#include <string>
+#include <vector>
+
+#include "SysctrlLog.h"
+#include "zo/port/Factory.h"
+#include "zo/port/OledPanel.h"
+#include "zo/port/OperationHours.h"
+#include "zo/port/StatusDisplay.h"
+
 namespace sysctrlservice {
+namespace {
 
-int Application::requestOledPanelInfo(frame::MsgIds&, const frame::TransportInfo&) { return 0; }
+// The error bits last shown, for the whole process: the panel reports states, the display and
+// the clients want changes.
+std::atomic<uint32_t> g_previousErrorMask(0);
 
-int Application::updateOledPanelInfo() { return 0; }
+// Error bits and the status codes that show them, in the order they are handled.
+struct ErrorBit {
+    uint32_t bit;
+    int statusCode;
+};
+const ErrorBit kErrorBits[] = {{0x4, 14}, {0x2, 13}, {0x1, 15}};
+// A new error of this bit is also a panel-care event.
+const uint32_t kErrorBitMarked = 0x2;
+const int kErrorPanelEvent = 4;
 
-int Application::getPanelVersion(frame::MsgIds&, const frame::TransportInfo&) { return 0; }
+}  // namespace
 
-int Application::requestOptimeInfo(frame::MsgIds&, const frame::TransportInfo&) { return 0; }
+int Application::requestOledPanelInfo(frame::MsgIds&, const frame::TransportInfo&) {
+    return updateOledPanelInfo();
+}
 
-void Application::oledErrorCallback(uint32_t, void*) {}
+int Application::updateOledPanelInfo() {
+    SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): notify\n");
+    const boost::shared_ptr<zo::port::OledPanel> panel =
+        m_factory ? m_factory->getOledPanel() : boost::shared_ptr<zo::port::OledPanel>();
+    if (!panel) {
+        SYSCTRL_LOG(LOG_PORT_ERROR, "%s:%d:%s(): Cannot get oled panel object\n");
+        return 0;
+    }
+    int32_t info[zo::port::OLED_PANEL_INFO_COUNT] = {};
+    panel->getPanelInfo(info);
+    const std::vector<int> values(info, info + zo::port::OLED_PANEL_INFO_COUNT);
+    deliverUnsolicited(&ClientInterface::oledPanelInfoResult, values);
+    return 0;
+}
+
+int Application::getPanelVersion(frame::MsgIds& msgIds, const frame::TransportInfo& transport) {
+    const boost::shared_ptr<zo::port::OledPanel> panel =
+        m_factory ? m_factory->getOledPanel() : boost::shared_ptr<zo::port::OledPanel>();
+    if (!panel) {
+        return 0;
+    }
+    uint8_t version[zo::port::OLED_PANEL_VERSION_SIZE] = {};
+    if (panel->getVersion(version) != 0) {
+        SYSCTRL_LOG(LOG_PORT_ERROR, "%s:%d:%s(): Oled getVersion failed.\n");
+        // Whatever a failed read left behind is not a version: callers get all zeros.
+        std::fill(version, version + sizeof version, 0);
+    }
+    // The first word most significant byte first, then the three single-byte parts.
+    char text[16] = {};
+    snprintf(text, sizeof text, "%02x%02x%02x%02x%02x%02x%02x", version[3], version[2], version[1],
+             version[0], version[6], version[12], version[21]);
+    deliverToClients(&ClientInterface::getPanelVersionResult, msgIds, transport, std::string(text));
+    return 0;
+}
+
+int Application::requestOptimeInfo(frame::MsgIds& msgIds, const frame::TransportInfo& transport) {
+    OptimeInfo info;
+    if (m_operationHours) {
+        info = readOptimeInfo(*m_operationHours);
+    } else {
+        // The caller still gets its answer: the counters as unknown, zero.
+        SYSCTRL_LOG(LOG_PORT_ERROR, "%s:%d:%s(): Cannot get operation hours object\n");
+    }
+    deliverToClients(&ClientInterface::requestOptimeInfoResult, msgIds, transport, info);
+    return 0;
+}
+
+void Application::oledErrorCallback(uint32_t errorMask, void* user) {
+    Application* const self = static_cast<Application*>(user);
+    const uint32_t previous = g_previousErrorMask.load();
+    if (self == nullptr || errorMask == previous) {
+        return;
+    }
+    const uint32_t cleared = previous & ~errorMask;
+    const uint32_t raised = errorMask & ~previous;
+
+    const boost::shared_ptr<zo::port::StatusDisplay> display =
+        self->m_factory ? self->m_factory->getStatusDisplay()
+                        : boost::shared_ptr<zo::port::StatusDisplay>();
+    if (!display) {
+        // The change is handled again on the next report, when the display may be back.
+        return;
+    }
+    for (const ErrorBit& error : kErrorBits) {
+        if ((cleared & error.bit) != 0) {
+            display->hideStatus(error.statusCode);
+        } else if ((raised & error.bit) != 0) {
+            display->showStatus(error.statusCode);
+            if (error.bit == kErrorBitMarked && self->m_oledPanel) {
+                self->m_oledPanel->markPanelEvent(kErrorPanelEvent);
+            }
+        }
+    }
+    g_previousErrorMask.store(errorMask);
+    self->deliverUnsolicited(&ClientInterface::oledErrorResult, static_cast<int>(errorMask));
+}
 
 }  // namespace sysctrlservice

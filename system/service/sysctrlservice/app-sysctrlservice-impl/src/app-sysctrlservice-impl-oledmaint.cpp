@@ -1,10 +1,186 @@
 // OLED panel maintenance runs on a thread of their own.
 #include "Application.h"
 
+#include <chrono>
+#include <exception>
+#include <thread>
+
+#include "SysctrlLog.h"
+#include "tvConfig/ConfigUtil.h"
+#include "zo/Thread.h"
+#include "zo/port/Factory.h"
+#include "zo/port/OledPanel.h"
+#include "zo/port/OperationHours.h"
+#include "zo/port/StatusDisplay.h"
+#include "zo/port/Video.h"
+
 namespace sysctrlservice {
+namespace {
 
-int Application::controlOledMaint(frame::MsgIds&, const frame::TransportInfo&, unsigned int) { return 0; }
+// Bits of the flag a caller passes; the others go to the panel unchanged.
+const uint32_t kFlagMaintenance = 0x1;
+const uint32_t kFlagRefresh = 0x2;
+const uint32_t kFlagScreenOff = 0x4;
+const uint32_t kFlagForceCycle = 0x8;
 
-void* Application::oledMaintThread(void*) { return nullptr; }
+// Bits of the run's result.
+const int kResultPanelCycle = 0x30;
+const int kResultClearMaintTime = 0x100;
+const int kResultClearRefreshTime = 0x200;
+
+// Codes on the status display.
+const int kStatusMaintenance = 11;
+const int kStatusRefresh = 12;
+const int kStatusPanelCycle = 16;
+
+// Operating-time counters that a run may clear.
+const int kMaintTimeCounter = 3;
+const int kRefreshTimeCounter = 4;
+
+const int kMaintThreadPriority = -2;
+const std::chrono::seconds kPanelCyclePause(3);
+
+// Tells the panel about a care event, when the service holds one.
+void markPanelEvent(const boost::shared_ptr<zo::port::OledPanel>& panel, PMRType type) {
+    if (panel) {
+        panel->markPanelEvent(type);
+    }
+}
+
+}  // namespace
+
+int Application::controlOledMaint(frame::MsgIds&, const frame::TransportInfo&, unsigned int flag) {
+    SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): Control Oled maintenance, flag = %d \n",
+                static_cast<int>(flag));
+
+    const boost::shared_ptr<zo::port::OledPanel> panel =
+        m_factory ? m_factory->getOledPanel() : boost::shared_ptr<zo::port::OledPanel>();
+    if (!panel) {
+        SYSCTRL_LOG(LOG_PORT_ERROR, "%s:%d:%s(): Cannot get oled panel object\n");
+        return 0;
+    }
+
+    // Switching the screen off is immediate and served even while a run is under way.
+    if ((flag & kFlagScreenOff) != 0) {
+        const boost::shared_ptr<zo::port::Video> video = m_factory->getVideo(0);
+        if (!video) {
+            SYSCTRL_LOG(LOG_PORT_ERROR, "%s:%d:%s(): Cannot get Video Object\n");
+        } else if (video->setScreenOffState(1) != 0) {
+            SYSCTRL_LOG(LOG_PORT_ERROR, "%s:%d:%s(): Failed to setScreenOffState\n");
+        }
+        panel->onScreenOff();
+        return 0;
+    }
+
+    if (m_maintRunning.exchange(true)) {
+        SYSCTRL_LOG(LOG_ERROR, "%s:%d:%s(): Maintenance thread already running.\n");
+        return 0;
+    }
+    m_maintFlags = flag;
+    // The start's result is deliberately not examined: a thread that did not start leaves the
+    // flag set, and every later run is refused with the line above until the service restarts.
+    zo::thread::create(nullptr, &Application::oledMaintThread, this, kMaintThreadPriority,
+                       "oledMaintThread");
+    return 0;
+}
+
+void* Application::oledMaintThread(void* argument) {
+    Application* const self = static_cast<Application*>(argument);
+    if (self == nullptr) {
+        return nullptr;
+    }
+    try {
+        const uint32_t flag = self->m_maintFlags;
+
+        int tempLut = 0;
+        if (tvConfig::ConfigUtil::instance().readInt("/quentadata/model/config/board.ini", "OLED",
+                                                     "OLED_TempLUT", tempLut) == 0) {
+            SYSCTRL_LOG(LOG_PORT_ERROR, "%s:%d:%s(): read OLED_TempLUT failed\n");
+            tempLut = 0;
+        }
+        SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): OLED maintance: tmpLUT %d, flag %d\n", tempLut,
+                    static_cast<int>(flag));
+
+        const boost::shared_ptr<zo::port::Factory> factory = self->m_factory;
+        const boost::shared_ptr<zo::port::StatusDisplay> display =
+            factory ? factory->getStatusDisplay() : boost::shared_ptr<zo::port::StatusDisplay>();
+        if (!self->m_oledPanel) {
+            // The records are still kept; only the panel is not told of the events.
+            SYSCTRL_LOG(LOG_PORT_ERROR, "%s:%d:%s(): Cannot get oled panel object\n");
+        }
+
+        // With temperature table 1 a run counts as maintenance only when the caller asked for it.
+        if (tempLut != 1 || (flag & kFlagMaintenance) != 0) {
+            markPanelEvent(self->m_oledPanel, PMR_MAINT_RUN);
+            self->addPMRecord(PMR_MAINT_RUN);
+        }
+        int statusCode = kStatusMaintenance;
+        if ((flag & kFlagRefresh) != 0) {
+            markPanelEvent(self->m_oledPanel, PMR_REFRESH_RUN);
+            self->addPMRecord(PMR_REFRESH_RUN);
+            statusCode = kStatusRefresh;
+        }
+
+        int result = 0;
+        const boost::shared_ptr<zo::port::OledPanel> panel =
+            factory ? factory->getOledPanel() : boost::shared_ptr<zo::port::OledPanel>();
+        if (!panel) {
+            SYSCTRL_LOG(LOG_PORT_ERROR, "%s:%d:%s(): Cannot get oled maintenance object\n");
+        } else {
+            SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): oled maintenance begin\n");
+            if (display) {
+                display->showStatus(statusCode);
+            } else {
+                SYSCTRL_LOG(LOG_PORT_ERROR, "%s:%d:%s(): Cannot get StatusDisplay object\n");
+            }
+            result = panel->runMaintenance(flag);
+            SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): oled maintenance end, ret = %d\n", result);
+
+            const bool cycle = (result & kResultPanelCycle) != 0 || (flag & kFlagForceCycle) != 0;
+            if (!cycle) {
+                if (display) {
+                    display->hideStatus(statusCode);
+                }
+            } else if (display) {
+                // Without a status display nobody would see the cycle, so it is left out.
+                display->showStatus(kStatusPanelCycle);
+                display->hideStatus(statusCode);
+                panel->panelCycleBegin();
+                std::this_thread::sleep_for(kPanelCyclePause);
+                panel->panelCycleEnd();
+                display->hideStatus(kStatusPanelCycle);
+            }
+        }
+
+        const boost::shared_ptr<zo::port::OperationHours> hours =
+            factory ? factory->getOperationHours() : boost::shared_ptr<zo::port::OperationHours>();
+        if (!hours) {
+            SYSCTRL_LOG(LOG_PORT_ERROR, "%s:%d:%s(): Cannot get operation hours object\n");
+        } else {
+            if ((result & kResultClearMaintTime) != 0) {
+                SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): clear panel maint time\n");
+                hours->clearOperationTime(kMaintTimeCounter);
+                markPanelEvent(self->m_oledPanel, PMR_MAINT_CLEARED);
+                self->addPMRecord(PMR_MAINT_CLEARED);
+            }
+            if ((result & kResultClearRefreshTime) != 0) {
+                SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): clear panel refresh time\n");
+                hours->clearOperationTime(kRefreshTimeCounter);
+                markPanelEvent(self->m_oledPanel, PMR_REFRESH_CLEARED);
+                self->addPMRecord(PMR_REFRESH_CLEARED);
+            }
+        }
+
+        self->deliverUnsolicited(&ClientInterface::oledMaintResult, result);
+    } catch (const std::exception& error) {
+        // Nothing may leave a thread entry, and the running flag must clear whatever happened.
+        SYSCTRL_LOG(LOG_ERROR, "%s:%d:%s(): oled maintenance failed: %s\n", error.what());
+    } catch (...) {
+        SYSCTRL_LOG(LOG_ERROR, "%s:%d:%s(): oled maintenance failed\n");
+    }
+    // The last step: a new run may start from here on.
+    self->m_maintRunning = false;
+    return nullptr;
+}
 
 }  // namespace sysctrlservice
