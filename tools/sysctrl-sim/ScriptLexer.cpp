@@ -1,20 +1,12 @@
 #include "ScriptLexer.h"
 
+#include "sim/Json.h"
+
 namespace desk {
 namespace {
 
 bool isBlank(char c) {
     return c == ' ' || c == '\t' || c == '\r' || c == '\n';
-}
-
-int hexValue(char c) {
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F')
-        return c - 'A' + 10;
-    return -1;
 }
 
 bool readQuoted(const std::string& line, size_t& i, Word& word, std::string& error) {
@@ -56,8 +48,8 @@ bool readQuoted(const std::string& line, size_t& i, Word& word, std::string& err
                 word.text.push_back('\0');
                 break;
             case 'x': {
-                const int high = i < line.size() ? hexValue(line[i]) : -1;
-                const int low = i + 1 < line.size() ? hexValue(line[i + 1]) : -1;
+                const int high = i < line.size() ? sim::hexDigitValue(line[i]) : -1;
+                const int low = i + 1 < line.size() ? sim::hexDigitValue(line[i + 1]) : -1;
                 if (high < 0 || low < 0) {
                     error = "\\x needs two hex digits";
                     return false;

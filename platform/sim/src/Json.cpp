@@ -17,16 +17,6 @@ bool integerIn(const json& value, int64_t low, int64_t high) {
     return false;
 }
 
-int hexDigit(char c) {
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F')
-        return c - 'A' + 10;
-    return -1;
-}
-
 bool hexToBytes(const std::string& text, std::vector<uint8_t>& bytes) {
     if (text.size() % 2 != 0) {
         return false;
@@ -34,8 +24,8 @@ bool hexToBytes(const std::string& text, std::vector<uint8_t>& bytes) {
     std::vector<uint8_t> out;
     out.reserve(text.size() / 2);
     for (size_t i = 0; i < text.size(); i += 2) {
-        const int high = hexDigit(text[i]);
-        const int low = hexDigit(text[i + 1]);
+        const int high = hexDigitValue(text[i]);
+        const int low = hexDigitValue(text[i + 1]);
         if (high < 0 || low < 0) {
             return false;
         }
@@ -104,6 +94,16 @@ bool fitsRecord(const json& value, std::string& error) {
 }
 
 }  // namespace
+
+int hexDigitValue(char c) {
+    if (c >= '0' && c <= '9')
+        return c - '0';
+    if (c >= 'a' && c <= 'f')
+        return c - 'a' + 10;
+    if (c >= 'A' && c <= 'F')
+        return c - 'A' + 10;
+    return -1;
+}
 
 const char* kindName(Kind kind) {
     switch (kind) {

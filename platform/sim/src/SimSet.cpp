@@ -299,27 +299,28 @@ SimObject* SimSet::find(const std::string& name) const {
     return nullptr;
 }
 
-namespace {
+SimObject* SimSet::findOrExplain(const std::string& name, std::string& error) const {
+    SimObject* found = find(name);
+    if (found == nullptr) {
+        error = "no simulated object " + name;
+    }
+    return found;
+}
 
-// Splits "Object.member" at its first dot.
-bool splitName(const std::string& text, std::string& object, std::string& member,
-               std::string& error) {
+SimObject* SimSet::findMember(const std::string& text, std::string& member,
+                              std::string& error) const {
     const size_t dot = text.find('.');
     if (dot == std::string::npos || dot == 0 || dot + 1 == text.size()) {
         error = "expected Object.name, got \"" + text + "\"";
-        return false;
+        return nullptr;
     }
-    object = text.substr(0, dot);
     member = text.substr(dot + 1);
-    return true;
+    return findOrExplain(text.substr(0, dot), error);
 }
 
-}  // namespace
-
 bool SimSet::setPresent(const std::string& object, bool present, std::string& error) {
-    SimObject* found = find(object);
+    SimObject* found = findOrExplain(object, error);
     if (found == nullptr) {
-        error = "no simulated object " + object;
         return false;
     }
     if (!found->canBeAbsent()) {
@@ -339,55 +340,27 @@ bool SimSet::setPresent(const std::string& object, bool present, std::string& er
 
 bool SimSet::setAnswer(const std::string& objectOperation, const json& result, const json& outputs,
                        std::string& error) {
-    std::string object;
     std::string operation;
-    if (!splitName(objectOperation, object, operation, error)) {
-        return false;
-    }
-    SimObject* found = find(object);
-    if (found == nullptr) {
-        error = "no simulated object " + object;
-        return false;
-    }
-    return found->setAnswer(operation, result, outputs, error);
+    SimObject* found = findMember(objectOperation, operation, error);
+    return found != nullptr && found->setAnswer(operation, result, outputs, error);
 }
 
 bool SimSet::clearAnswer(const std::string& objectOperation, std::string& error) {
-    std::string object;
     std::string operation;
-    if (!splitName(objectOperation, object, operation, error)) {
-        return false;
-    }
-    SimObject* found = find(object);
-    if (found == nullptr) {
-        error = "no simulated object " + object;
-        return false;
-    }
-    return found->clearAnswer(operation, error);
+    SimObject* found = findMember(objectOperation, operation, error);
+    return found != nullptr && found->clearAnswer(operation, error);
 }
 
 bool SimSet::setState(const std::string& objectKey, const json& value, std::string& error) {
-    std::string object;
     std::string key;
-    if (!splitName(objectKey, object, key, error)) {
-        return false;
-    }
-    SimObject* found = find(object);
-    if (found == nullptr) {
-        error = "no simulated object " + object;
-        return false;
-    }
-    return found->setState(key, value, error);
+    SimObject* found = findMember(objectKey, key, error);
+    return found != nullptr && found->setState(key, value, error);
 }
 
 json SimSet::getState(const std::string& objectKey) const {
-    std::string object;
     std::string key;
     std::string error;
-    if (!splitName(objectKey, object, key, error)) {
-        return json();
-    }
-    SimObject* found = find(object);
+    SimObject* found = findMember(objectKey, key, error);
     return found != nullptr ? found->getState(key) : json();
 }
 

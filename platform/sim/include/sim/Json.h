@@ -45,6 +45,8 @@ bool fitsKind(Kind kind, const json& value, std::string& error);
 json textOrHex(const std::string& bytes);
 json bytesToJson(const uint8_t* bytes, size_t length);
 std::string toHex(const uint8_t* bytes, size_t length);
+// The value of one hex digit, or -1.
+int hexDigitValue(char c);
 // Accepts "0a0B..." or {"hex": "..."}; false for anything else.
 bool bytesFromJson(const json& value, std::vector<uint8_t>& bytes);
 // Accepts a JSON string or {"hex": "..."}.

@@ -83,6 +83,10 @@ class SimSet {
     struct Objects;
 
   private:
+    SimObject* findOrExplain(const std::string& name, std::string& error) const;
+    // The object named before the first dot of "Object.member"; `member` gets the rest.
+    SimObject* findMember(const std::string& text, std::string& member, std::string& error) const;
+
     mutable std::recursive_mutex m_mutex;
     std::unique_ptr<Objects> m_objects;
     std::vector<PortCall> m_journal;

@@ -20,6 +20,19 @@ void logMissingFactoryManager() {
     SYSCTRL_LOG(LOG_PORT_ERROR, "%s:%d:%s(): Cannot get factory manager object\n");
 }
 
+// Runs one of the factory manager's text commands, `command(manager)`. Without the object nothing
+// runs and the reply says so. Returns false when the command did not succeed.
+template <typename Command>
+bool runFactoryCommand(const boost::shared_ptr<zo::port::FactoryManager>& manager, Command command,
+                       std::string& result) {
+    if (!manager) {
+        logMissingFactoryManager();
+        result = kReplyCouldNotExecute;
+        return false;
+    }
+    return runCommand([&] { return command(*manager); }, result) != 0;
+}
+
 // The HDMI switch's signal flags as "ok (" + the names of the flags set + ")", each name followed
 // by a blank; "getSignalInfo failed" when they cannot be read.
 std::string describeSignal(zo::port::HdmiSwitch* hdmi) {
@@ -111,12 +124,10 @@ int Application::setGpio(frame::MsgIds& msgIds, const frame::TransportInfo& tran
                          const std::string& command) {
     SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): Called.\n");
     std::string result;
-    if (!m_factoryManager) {
-        logMissingFactoryManager();
-        result = kReplyCouldNotExecute;
-        SYSCTRL_LOG(LOG_ERROR, "%s:%d:%s(): failed.\n");
-    } else if (runCommand([&] { return m_factoryManager->setGpio(command, result); }, result) ==
-               0) {
+    if (!runFactoryCommand(
+            m_factoryManager,
+            [&](zo::port::FactoryManager& manager) { return manager.setGpio(command, result); },
+            result)) {
         SYSCTRL_LOG(LOG_ERROR, "%s:%d:%s(): failed.\n");
     }
     deliverToClients(&ClientInterface::setGpioResult, msgIds, transport, result);
@@ -127,12 +138,10 @@ int Application::getGpio(frame::MsgIds& msgIds, const frame::TransportInfo& tran
                          const std::string& command) {
     SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): Called.\n");
     std::string result;
-    if (!m_factoryManager) {
-        logMissingFactoryManager();
-        result = kReplyCouldNotExecute;
-        SYSCTRL_LOG(LOG_ERROR, "%s:%d:%s(): failed.\n");
-    } else if (runCommand([&] { return m_factoryManager->getGpio(command, result); }, result) ==
-               0) {
+    if (!runFactoryCommand(
+            m_factoryManager,
+            [&](zo::port::FactoryManager& manager) { return manager.getGpio(command, result); },
+            result)) {
         SYSCTRL_LOG(LOG_ERROR, "%s:%d:%s(): failed.\n");
     }
     SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): result=%s\n", result.c_str());
@@ -146,12 +155,12 @@ int Application::controlIic(frame::MsgIds& msgIds, const frame::TransportInfo& t
     std::string result;
     // Only I2C commands are passed on (case-sensitive); anything else gets an empty reply.
     if (command.find("iic") != std::string::npos) {
-        if (!m_factoryManager) {
-            logMissingFactoryManager();
-            result = kReplyCouldNotExecute;
-            SYSCTRL_LOG(LOG_ERROR, "%s:%d:%s(): commandIic failed\n");
-        } else if (runCommand([&] { return m_factoryManager->commandIic(command, result); },
-                              result) == 0) {
+        if (!runFactoryCommand(
+                m_factoryManager,
+                [&](zo::port::FactoryManager& manager) {
+                    return manager.commandIic(command, result);
+                },
+                result)) {
             SYSCTRL_LOG(LOG_ERROR, "%s:%d:%s(): commandIic failed\n");
         }
     }
