@@ -518,13 +518,5 @@ TEST_F(PictureWriters, ChangePictureModeReportsARefusal) {
              "Change file: /proc/self/status, mode: 0644, error: Operation not permitted\n"}}));
 }
 
-TEST_F(PictureWriters, ChangePictureModeSetsTheBits) {
-    put(file("f"), "x");
-    PictureGenerator generator;
-    EXPECT_EQ(generator.changePictureMode(file("f").c_str(), 0604), 0);
-    EXPECT_EQ(fileMode(file("f")), 0604);
-    EXPECT_TRUE(messages().empty());
-}
-
 }  // namespace
 }  // namespace sysctrltest

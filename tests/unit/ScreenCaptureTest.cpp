@@ -288,21 +288,6 @@ TEST_F(Capture, SolidPixelBecomesEachFormatsBytes) {
     EXPECT_EQ(readBytes(file("p.raw")), (std::vector<uint8_t>{0x10, 0x20, 0x30, 0x40}));
 }
 
-TEST_F(Capture, GradientRowsKeepTheirOrderInEveryFormat) {
-    start();
-    setState("ScreenCapture.width", 4);
-    setState("ScreenCapture.height", 3);
-    for (const char* name : {"g.png", "g.bmp", "g.raw"}) {
-        EXPECT_EQ(capture(m_dir, name, 1), 0);
-    }
-    // Green rises down the picture: 0 in the top row, 255 in the bottom one.
-    const std::vector<uint8_t> raw = readBytes(file("g.raw"));
-    EXPECT_EQ(raw.at(1), 0);
-    EXPECT_EQ(raw.at(2 * 16 + 1), 255);
-    EXPECT_EQ(decodePng(file("g.png")).pixels.at(1), 0);
-    EXPECT_EQ(readBytes(file("g.bmp")).at(54 + 1), 255) << "the BMP starts with the bottom row";
-}
-
 TEST_F(Capture, SupportInfoIsAskedOnlyWhenWanted) {
     start();
     setState("ScreenCapture.availableTypes", 2 | 16);
