@@ -31,7 +31,7 @@ const char kPngVersion[] = "1.6.37";
 // strategy and row filter are ours to choose, and captures run on the thread that serves remote
 // calls. Measured with sysctrl-bench and a sweep of the alternatives on two 1920x1080 frames, a
 // UI-like and a natural-image one, against libpng's defaults (zlib level 6, all five row filters
-// tried on every row: about 100 ms and 1.4 s on a 2-core x86 build machine):
+// tried on every row: 110 to 130 ms and 1.4 to 1.6 s on a 2-core x86 build machine):
 // - row filter "up" alone: files as small as with "sub" or "paeth", and paeth takes half as long
 //   again; letting libpng choose between sub and up per row saves a tenth of the UI file but
 //   takes a third longer;
