@@ -32,9 +32,9 @@ const char kPngVersion[] = "1.6.37";
 // calls. Measured with sysctrl-bench and a sweep of the alternatives on two 1920x1080 frames, a
 // UI-like and a natural-image one, against libpng's defaults (zlib level 6, all five row filters
 // tried on every row: 110 to 130 ms and 1.4 to 1.6 s on a 2-core x86 build machine):
-// - row filter "up" alone: files as small as with "sub" or "paeth", and paeth takes half as long
-//   again; letting libpng choose between sub and up per row saves a tenth of the UI file but
-//   takes a third longer;
+// - row filter "up" alone: files as small as with "sub" or "paeth", and paeth takes a fifth
+//   (natural image) to a half (UI) longer; letting libpng choose between sub and up per row
+//   saves a tenth of the UI file but takes a third longer;
 // - zlib level 2, default strategy: level 1 is a few per cent faster but its natural-image file
 //   is 1.24 times the reference's; level 3 doubles the natural image's time; Z_RLE is the fastest
 //   on the natural image but makes the UI file 1.8 times the reference (repeated glyphs are not
