@@ -22,6 +22,9 @@ bool SimScreenCapture::capture(zo::port::screenCaptureType_enum type,
     data->stride = width * 4;
 
     const std::string pattern = stateAs<std::string>("pattern");
+    if (pattern == "none") {
+        return true;  // the frame is what the buffer held
+    }
     std::vector<uint8_t> color = stateAs<std::vector<uint8_t>>("color");
     color.resize(4, 0xFF);
     uint8_t* pixel = data->buffer;
