@@ -7,14 +7,15 @@
 namespace sysctrlservice {
 
 // Power modes of the retired controlPowerMode operation.
-enum PowerMode_t {
+enum PowerMode_t : int32_t {
     POWER_MODE_ON = 0,
     POWER_MODE_STANDBY = 1,
     POWER_MODE_OFF = 2,
 };
 
-// What cmdCaptureScreen takes; values 1 to 4 are valid.
-enum CaptureType_t {
+// What cmdCaptureScreen takes; values 1 to 4 are valid. Both enumerations carry any 32-bit value
+// a caller sends, so that an invalid one can be recognised rather than being undefined.
+enum CaptureType_t : int32_t {
     CAPTURE_TYPE_NONE = 0,
     CAPTURE_TYPE_1 = 1,
     CAPTURE_TYPE_2 = 2,
