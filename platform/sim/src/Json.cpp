@@ -239,6 +239,10 @@ bool stringFromJson(const json& value, std::string& text) {
     return false;
 }
 
+json itemOf(const json& list, size_t index) {
+    return list.is_array() && index < list.size() ? list[index] : json(0);
+}
+
 int32_t toInt(const json& value) {
     if (value.is_boolean()) {
         return value.get<bool>() ? 1 : 0;

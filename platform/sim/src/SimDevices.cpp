@@ -13,7 +13,8 @@ bool SimScreenCapture::capture(zo::port::screenCaptureType_enum type,
     const uint64_t bytes = static_cast<uint64_t>(width) * height * 4;
     // A real port never writes beyond the buffer it was given.
     const bool fits = data && data->buffer != nullptr && bytes <= kBufferCapacity;
-    const bool captured = call.result(fits && (stateAs<unsigned int>("availableTypes") & type) != 0);
+    const bool captured =
+        call.result(fits && (stateAs<unsigned int>("availableTypes") & type) != 0);
     if (!captured || !fits) {
         return false;
     }

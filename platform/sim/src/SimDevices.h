@@ -9,6 +9,7 @@
 #include <cstring>
 
 #include "sim/SimSet.h"
+#include "zo/Thread.h"
 #include "zo/port/Antenna.h"
 #include "zo/port/CredentialsState.h"
 #include "zo/port/Factory.h"
@@ -30,7 +31,6 @@
 #include "zo/port/Video.h"
 #include "zo/port/VodState.h"
 #include "zo/port/ZamControl.h"
-#include "zo/Thread.h"
 
 namespace sim {
 
@@ -38,23 +38,23 @@ using zo::port::OLED_PANEL_INFO_COUNT;
 using zo::port::OLED_PANEL_VERSION_SIZE;
 
 class SimChassisDescription : public zo::port::ChassisDescription, public SimObject {
-public:
+  public:
     explicit SimChassisDescription(SimSet& set) : SimObject(set, "ChassisDescription", {}, {}) {}
 };
 
 class SimSubsystemManager : public zo::port::SubsystemManager, public SimObject {
-public:
+  public:
     explicit SimSubsystemManager(SimSet& set) : SimObject(set, "SubsystemManager", {}, {}) {}
 };
 
 // An event subject of a type the service does not expect.
 class SimOtherSubject : public zo::port::EventSubject {
-public:
+  public:
     SimOtherSubject() : zo::port::EventSubject("OtherSubject") {}
 };
 
 class SimEventManager : public zo::port::EventManager, public SimObject {
-public:
+  public:
     explicit SimEventManager(SimSet& set)
         : SimObject(set, "EventManager", {{"registerObserver", Kind::Int, {}}},
                     {{"observers", Kind::Any, json::array()}}) {}
@@ -79,12 +79,12 @@ public:
     // Under the set's lock.
     std::vector<Registration> registrations() const { return m_registrations; }
 
-private:
+  private:
     std::vector<Registration> m_registrations;
 };
 
 class SimFrontPanel : public zo::port::FrontPanel, public SimObject {
-public:
+  public:
     explicit SimFrontPanel(SimSet& set)
         : SimObject(set, "FrontPanel",
                     {{"showUseCase", Kind::Int, {}},
@@ -121,7 +121,7 @@ public:
     }
     int setLogoLedState(bool on) override { return setter("setLogoLedState", "logoLed", json(on)); }
 
-private:
+  private:
     int setter(const char* operation, const char* key, const json& value) {
         Call call(*this, operation, value.is_array() ? value : json::array({value}));
         const int status = call.result(0);
@@ -134,10 +134,10 @@ private:
 
 // A device whose operations each store their arguments under a key and return 0.
 class SimSetterDevice : public SimObject {
-public:
+  public:
     using SimObject::SimObject;
 
-protected:
+  protected:
     int store(const char* operation, const char* key, const json& args) {
         Call call(*this, operation, args);
         const int status = call.result(0);
@@ -149,7 +149,7 @@ protected:
 };
 
 class SimRemoteControl : public zo::port::RemoteControl, public SimSetterDevice {
-public:
+  public:
     explicit SimRemoteControl(SimSet& set)
         : SimSetterDevice(set, "RemoteControl",
                           {{"setKeypadLock", Kind::Int, {}},
@@ -167,7 +167,7 @@ public:
 };
 
 class SimSystemControl : public zo::port::SystemControl, public SimSetterDevice {
-public:
+  public:
     explicit SimSystemControl(SimSet& set)
         : SimSetterDevice(set, "SystemControl",
                           {{"setPanelPower", Kind::Int, {}}, {"restartByStc", Kind::Int, {}}},
@@ -185,7 +185,7 @@ public:
 };
 
 class SimZamControl : public zo::port::ZamControl, public SimSetterDevice {
-public:
+  public:
     explicit SimZamControl(SimSet& set)
         : SimSetterDevice(set, "ZamControl",
                           {{"setBootEnvDbtable", Kind::Int, {}},
@@ -213,7 +213,7 @@ public:
 };
 
 class SimOledPanel : public zo::port::OledPanel, public SimObject {
-public:
+  public:
     explicit SimOledPanel(SimSet& set)
         : SimObject(set, "OledPanel",
                     {{"getErrorStatus", Kind::UInt, {}},
@@ -248,7 +248,13 @@ public:
                      {"panelEvents", Kind::IntList, json::array()},
                      {"panelInfo", Kind::IntList, json::array({1, 2, 3, 4, 5})},
                      {"version", Kind::Bytes,
-                      "01020304" "0000" "0a" "0000000000" "0b" "0000000000000000" "0c"}}) {}
+                      "01020304"
+                      "0000"
+                      "0a"
+                      "0000000000"
+                      "0b"
+                      "0000000000000000"
+                      "0c"}}) {}
 
     uint32_t getErrorStatus() override {
         Call call(*this, "getErrorStatus");
@@ -340,8 +346,7 @@ public:
     }
     int getPanelInfo(int32_t* info) override {
         Call call(*this, "getPanelInfo");
-        const std::vector<int32_t> values =
-            call.output(stateAs<std::vector<int32_t>>("panelInfo"));
+        const std::vector<int32_t> values = call.output(stateAs<std::vector<int32_t>>("panelInfo"));
         for (size_t i = 0; i < OLED_PANEL_INFO_COUNT && i < values.size() && info != nullptr; ++i) {
             info[i] = values[i];
         }
@@ -383,7 +388,7 @@ public:
         return true;
     }
 
-private:
+  private:
     int power(const char* operation, bool on) {
         Call call(*this, operation);
         const int status = call.result(0);
@@ -398,7 +403,7 @@ private:
 };
 
 class SimOpc : public zo::port::Opc, public SimObject {
-public:
+  public:
     explicit SimOpc(SimSet& set)
         : SimObject(set, "Opc",
                     {{"start", Kind::Int, {}},
@@ -438,7 +443,7 @@ public:
 };
 
 class SimUart : public zo::port::Uart, public SimObject {
-public:
+  public:
     explicit SimUart(SimSet& set)
         : SimObject(set, "Uart",
                     {{"configure", Kind::Int, {}},
@@ -475,8 +480,8 @@ public:
         }
         const int count = call.result(static_cast<int>(bytes.size()));
         if (count > 0 && !scripted) {
-            waiting.erase(waiting.begin(),
-                          waiting.begin() + static_cast<long>(std::min(bytes.size(), waiting.size())));
+            waiting.erase(waiting.begin(), waiting.begin() + static_cast<long>(std::min(
+                                                                 bytes.size(), waiting.size())));
             state("rxData") = toHex(waiting.data(), waiting.size());
         }
         return count;
@@ -509,7 +514,7 @@ public:
 };
 
 class SimFarField : public zo::port::FarField, public SimObject {
-public:
+  public:
     explicit SimFarField(SimSet& set)
         : SimObject(set, "FarField",
                     {{"reinit", Kind::Int, {}},
@@ -575,19 +580,23 @@ public:
     int getTriggerDuration(uint32_t* first, uint32_t* second) override {
         Call call(*this, "getTriggerDuration");
         const json& own = state("triggerDuration");
-        const uint32_t a = call.output(toUInt(own.at(0)));
-        const uint32_t b = call.output(toUInt(own.at(1)));
-        if (first != nullptr) *first = a;
-        if (second != nullptr) *second = b;
+        const uint32_t a = call.output(toUInt(itemOf(own, 0)));
+        const uint32_t b = call.output(toUInt(itemOf(own, 1)));
+        if (first != nullptr)
+            *first = a;
+        if (second != nullptr)
+            *second = b;
         return call.result(0);
     }
     int getMicMeter(int32_t* first, int32_t* second) override {
         Call call(*this, "getMicMeter");
         const json& own = state("micMeter");
-        const int32_t a = call.output(toInt(own.at(0)));
-        const int32_t b = call.output(toInt(own.at(1)));
-        if (first != nullptr) *first = a;
-        if (second != nullptr) *second = b;
+        const int32_t a = call.output(toInt(itemOf(own, 0)));
+        const int32_t b = call.output(toInt(itemOf(own, 1)));
+        if (first != nullptr)
+            *first = a;
+        if (second != nullptr)
+            *second = b;
         return call.result(0);
     }
     int setLedColor(int first, int second) override {
@@ -599,7 +608,7 @@ public:
         return status;
     }
 
-private:
+  private:
     int flag(const char* operation, const char* key, bool on) {
         Call call(*this, operation, {on});
         const int status = call.result(0);
@@ -611,7 +620,7 @@ private:
 };
 
 class SimFactoryManager : public zo::port::FactoryManager, public SimObject {
-public:
+  public:
     explicit SimFactoryManager(SimSet& set)
         : SimObject(set, "FactoryManager",
                     {{"setGpio", Kind::Int, {Kind::String}},
@@ -649,10 +658,9 @@ public:
             std::vector<zo::port::secfuseitem> fuses =
                 state("fuses").get<std::vector<zo::port::secfuseitem>>();
             for (const zo::port::secfuseitem& item : items) {
-                auto same = std::find_if(fuses.begin(), fuses.end(),
-                                         [&item](const zo::port::secfuseitem& fuse) {
-                                             return fuse.name == item.name;
-                                         });
+                auto same = std::find_if(
+                    fuses.begin(), fuses.end(),
+                    [&item](const zo::port::secfuseitem& fuse) { return fuse.name == item.name; });
                 if (same != fuses.end()) {
                     same->value = item.value;
                 } else {
@@ -702,7 +710,7 @@ public:
         return call.result(true);
     }
 
-private:
+  private:
     // The diagnostic commands' syntax is the platform's: the simulated manager accepts every
     // command and fills an empty result unless a script says otherwise.
     int textCommand(const char* operation, const std::string& command, std::string& result) {
@@ -721,7 +729,7 @@ private:
 };
 
 class SimHdmiSwitch : public zo::port::HdmiSwitch, public SimObject {
-public:
+  public:
     explicit SimHdmiSwitch(SimSet& set)
         : SimObject(set, "HdmiSwitch", {{"getSignalInfo", Kind::Int, {Kind::UInt}}},
                     {{"signalFlags", Kind::UInt, 3}}) {}
@@ -737,7 +745,7 @@ public:
 };
 
 class SimAntenna : public zo::port::Antenna, public SimObject {
-public:
+  public:
     explicit SimAntenna(SimSet& set)
         : SimObject(set, "Antenna",
                     {{"getSatelliteParams", Kind::Int, {Kind::Satellite}},
@@ -789,7 +797,7 @@ public:
         return status;
     }
 
-private:
+  private:
     // One satellite on a single LNB.
     static json defaultSatellite() {
         zo::port::SatelliteAntennaParams params;
@@ -803,7 +811,7 @@ private:
 };
 
 class SimScreenCapture : public zo::port::ScreenCapture, public SimObject {
-public:
+  public:
     // The capture buffer the service provides holds this much.
     static const size_t kBufferCapacity = 0x800000;
 
@@ -820,8 +828,7 @@ public:
 
     int getSupportInfo(boost::shared_ptr<zo::port::screenCaptureSupportType> info) override {
         Call call(*this, "getSupportInfo");
-        zo::port::screenCaptureSupportType own{stateAs<unsigned int>("availableTypes"), 1920,
-                                               1080};
+        zo::port::screenCaptureSupportType own{stateAs<unsigned int>("availableTypes"), 1920, 1080};
         const json filled = call.output(json(own));
         if (info) {
             filled.get_to(*info);
@@ -840,7 +847,7 @@ public:
 };
 
 class SimOperationHours : public zo::port::OperationHours, public SimObject {
-public:
+  public:
     explicit SimOperationHours(SimSet& set)
         : SimObject(set, "OperationHours",
                     {{"getOperationTime", Kind::Int, {Kind::UInt}},
@@ -876,7 +883,7 @@ public:
 };
 
 class SimStatusDisplay : public zo::port::StatusDisplay, public SimObject {
-public:
+  public:
     explicit SimStatusDisplay(SimSet& set)
         : SimObject(set, "StatusDisplay",
                     {{"showStatus", Kind::Int, {}}, {"hideStatus", Kind::Int, {}}},
@@ -903,7 +910,7 @@ public:
 };
 
 class SimVideo : public zo::port::Video, public SimSetterDevice {
-public:
+  public:
     explicit SimVideo(SimSet& set)
         : SimSetterDevice(set, "Video", {{"setScreenOffState", Kind::Int, {}}},
                           {{"screenOff", Kind::Int, 0}}) {}
@@ -914,7 +921,7 @@ public:
 };
 
 class SimHardwareInfo : public zo::port::HardwareInfo, public SimObject {
-public:
+  public:
     explicit SimHardwareInfo(SimSet& set)
         : SimObject(set, "HardwareInfo", {{"getChipId", Kind::Int, {Kind::String}}},
                     {{"chipId", Kind::String, "5a4f3a00c0ffee42"}}) {}
@@ -927,7 +934,7 @@ public:
 };
 
 class SimSigner : public zo::port::Signer, public SimObject {
-public:
+  public:
     explicit SimSigner(SimSet& set)
         : SimObject(set, "Signer", {{"signMessage", Kind::Int, {Kind::Bytes}}},
                     {{"key", Kind::Bytes, "5eed"}}) {}
@@ -939,7 +946,7 @@ public:
 };
 
 class SimCredentialsState : public zo::port::CredentialsState, public SimObject {
-public:
+  public:
     explicit SimCredentialsState(SimSet& set)
         : SimObject(set, "CredentialsState", {{"getCredentialsState", Kind::Int, {}}},
                     {{"state", Kind::Int, 0}}) {}
@@ -951,10 +958,10 @@ public:
 };
 
 class SimVodState : public zo::port::VodState, public SimObject {
-public:
+  public:
     explicit SimVodState(SimSet& set)
-        : SimObject(set, "VodState", {{"isVodEnabled", Kind::Int, {}}}, {{"enabled", Kind::Int, 1}}) {
-    }
+        : SimObject(set, "VodState", {{"isVodEnabled", Kind::Int, {}}},
+                    {{"enabled", Kind::Int, 1}}) {}
 
     int isVodEnabled() override {
         Call call(*this, "isVodEnabled");
@@ -965,7 +972,7 @@ public:
 // The platform calls around the port objects.
 
 class SimShell : public SimObject {
-public:
+  public:
     explicit SimShell(SimSet& set)
         : SimObject(set, "zoshell", {{"zoshellExecuteCmd", Kind::Int, {}}}, {}, false) {}
 
@@ -978,7 +985,7 @@ public:
 };
 
 class SimConfig : public SimObject {
-public:
+  public:
     explicit SimConfig(SimSet& set)
         : SimObject(set, "ConfigUtil", {{"readInt", Kind::Int, {Kind::Int}}}, {}, false) {}
 
@@ -988,7 +995,7 @@ public:
 };
 
 class SimThreads : public SimObject {
-public:
+  public:
     explicit SimThreads(SimSet& set)
         : SimObject(set, "thread", {{"create", Kind::Int, {}}}, {}, false) {}
 
@@ -997,7 +1004,7 @@ public:
 };
 
 class SimClock : public SimObject {
-public:
+  public:
     explicit SimClock(SimSet& set)
         : SimObject(set, "clock", {{"getUtcTime", Kind::UInt, {}}},
                     {{"utcTime", Kind::Any, nullptr}}, false) {}

@@ -52,6 +52,9 @@ bool bytesFromJson(const json& value, std::vector<uint8_t>& bytes);
 // Accepts a JSON string or {"hex": "..."}.
 bool stringFromJson(const json& value, std::string& text);
 
+// Item `index` of a list, or 0 when the list is shorter: a script may shorten any list.
+json itemOf(const json& list, size_t index);
+
 // Conversions of values already checked with fitsKind.
 int32_t toInt(const json& value);
 uint32_t toUInt(const json& value);
