@@ -39,10 +39,6 @@ struct RunCase {
     const char* records;  // the records file afterwards
 };
 
-void PrintTo(const RunCase& c, std::ostream* os) {
-    *os << c.name;
-}
-
 class OledMaintRuns : public OledMaint, public ::testing::WithParamInterface<RunCase> {};
 
 TEST_P(OledMaintRuns, CallsRecordsAndTellsEveryClient) {
@@ -116,16 +112,22 @@ TEST_F(OledMaint, WithoutDisplayOrHoursThereIsNoCycleAndNoClearing) {
               (Texts{"Cannot get StatusDisplay object\n", "Cannot get operation hours object\n"}));
 }
 
-TEST_F(OledMaint, RunLogsEveryStepAndAFailedConfigurationReadKeepsZero) {
+TEST_F(OledMaint, RunStartsItsThreadReadsTheBoardAndLogsEveryStep) {
     // The utility's refusal counts, whatever it filled in.
     setAnswer("ConfigUtil.readInt", 0, json::array({1}));
     setState("OledPanel.maintenanceResult", 0x300);
-    runMaintenance(0);
+    runMaintenance(0x80000001u);
 
+    const auto create = sim().calls("thread", "create");
+    ASSERT_EQ(create.size(), 1u);
+    EXPECT_EQ(create[0].args, json::array({"oledMaintThread", -2}));
+    const auto read = sim().calls("ConfigUtil", "readInt");
+    ASSERT_EQ(read.size(), 1u);
+    EXPECT_EQ(read[0].args, json::array({kBoardIni, "OLED", "OLED_TempLUT"}));
     const std::vector<std::pair<uint16_t, std::string>> expected = {
-        {4000, "Control Oled maintenance, flag = 0 \n"},
+        {4000, "Control Oled maintenance, flag = -2147483647 \n"},
         {1000, "read OLED_TempLUT failed\n"},
-        {4000, "OLED maintance: tmpLUT 0, flag 0\n"},
+        {4000, "OLED maintance: tmpLUT 0, flag -2147483647\n"},
         {4000, "PMR: new record type:0 time:500.\n"},
         {4000, "oled maintenance begin\n"},
         {4000, "oled maintenance end, ret = 768\n"},
@@ -137,30 +139,6 @@ TEST_F(OledMaint, RunLogsEveryStepAndAFailedConfigurationReadKeepsZero) {
     EXPECT_EQ(messages(), expected);
     EXPECT_EQ(logsContaining("oledMaintThread(): oled maintenance begin").size(), 1u);
     EXPECT_EQ(logsContaining("controlOledMaint(): Control Oled maintenance").size(), 1u);
-}
-
-TEST_F(OledMaint, ThreadIsStartedAsThePlatformExpectsAndReadsTheBoardConfiguration) {
-    setTempLut(7);
-    runMaintenance(0x80000001u);
-
-    const auto create = sim().calls("thread", "create");
-    ASSERT_EQ(create.size(), 1u);
-    EXPECT_EQ(create[0].args, json::array({"oledMaintThread", -2}));
-    const auto read = sim().calls("ConfigUtil", "readInt");
-    ASSERT_EQ(read.size(), 1u);
-    EXPECT_EQ(read[0].args, json::array({kBoardIni, "OLED", "OLED_TempLUT"}));
-    EXPECT_EQ(logsContaining("OLED maintance: tmpLUT 7, flag -2147483647\n").size(), 1u);
-    EXPECT_EQ(logsContaining("Control Oled maintenance, flag = -2147483647 \n").size(), 1u);
-}
-
-TEST_F(OledMaint, WithoutPanelNothingStartsAndNobodyIsTold) {
-    const ClientPtr a = addClient("A");
-    setAbsent("OledPanel");
-    runMaintenance(0);
-
-    EXPECT_TRUE(sim().calls("thread").empty());
-    EXPECT_TRUE(a->received().empty());
-    EXPECT_EQ(messagesAt(1000), Texts{"Cannot get oled panel object\n"});
 }
 
 TEST_F(OledMaint, MaintenanceObjectGoneAtRunTimeStillRecordsAndTellsZero) {
@@ -187,20 +165,24 @@ TEST_F(OledMaint, MaintenanceObjectGoneAtRunTimeStillRecordsAndTellsZero) {
 TEST_F(OledMaint, ScreenOffIsServedOnTheCallersThreadAndStartsNothing) {
     const ClientPtr a = addClient("A");
     const struct {
+        bool panel;
         bool video;
         int videoResult;
         Texts calls;
         Texts logged;
     } cases[] = {
-        {true, 0, {"Video.setScreenOffState(1)", "OledPanel.onScreenOff()"}, {}},
+        {true, true, 0, {"Video.setScreenOffState(1)", "OledPanel.onScreenOff()"}, {}},
         {true,
+         true,
          -1,
          {"Video.setScreenOffState(1)", "OledPanel.onScreenOff()"},
          {"Failed to setScreenOffState\n"}},
-        {false, 0, {"OledPanel.onScreenOff()"}, {"Cannot get Video Object\n"}},
+        {true, false, 0, {"OledPanel.onScreenOff()"}, {"Cannot get Video Object\n"}},
+        {false, true, 0, {}, {"Cannot get oled panel object\n"}},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.logged.empty() ? "switched off" : c.logged[0]);
+        sim().find("OledPanel")->setPresent(c.panel);
         sim().find("Video")->setPresent(c.video);
         setAnswer("Video.setScreenOffState", c.videoResult);
         sim().clearJournal();
