@@ -9,6 +9,9 @@
 
 namespace sysctrltest {
 
+// The texts of the callbacks a client received, one list per callback.
+typedef std::vector<std::vector<std::string>> Replies;
+
 // The text-command languages run both through the service and on a controller of their own over
 // the simulated set's port object.
 class TextCommandTest : public ServiceTest {
@@ -22,9 +25,8 @@ class TextCommandTest : public ServiceTest {
     }
 
     // The text arguments of every `callback` a client received, one list per callback.
-    static std::vector<std::vector<std::string>> replies(const sim::RecordingClient& client,
-                                                         const std::string& callback) {
-        std::vector<std::vector<std::string>> found;
+    static Replies replies(const sim::RecordingClient& client, const std::string& callback) {
+        Replies found;
         for (const sim::RecordingClient::Received& received : client.received(callback)) {
             std::vector<std::string> texts;
             for (const sim::json& arg : received.args) {
