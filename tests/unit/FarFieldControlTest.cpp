@@ -54,11 +54,7 @@ TEST_F(TextCommandTest, FarFieldLanguageRepliesAndDrivesThePort) {
         EXPECT_EQ(controller.do_cmd(command, data, replied, repliedData), code);
         EXPECT_EQ(replied, result);
         EXPECT_EQ(repliedData, resultData);
-        std::string called;
-        for (const sim::PortCall& call : sim().calls("FarField")) {
-            called += (called.empty() ? "" : " ") + call.operation + call.args.dump();
-        }
-        EXPECT_EQ(called, calls);
+        EXPECT_EQ(callsOf("FarField"), calls);
     }
 }
 

@@ -48,6 +48,16 @@ class TextCommandTest : public ServiceTest {
         return found;
     }
 
+    // The journalled calls of `object`, each as its operation and its arguments, blank-separated:
+    // "start[2] stop[]".
+    std::string callsOf(const std::string& object) {
+        std::string calls;
+        for (const sim::PortCall& call : sim().calls(object)) {
+            calls += (calls.empty() ? "" : " ") + call.operation + call.args.dump();
+        }
+        return calls;
+    }
+
     // How many messages are exactly `text` (without the prefix) at `level`.
     size_t countMessages(uint16_t level, const std::string& text) const {
         size_t count = 0;
