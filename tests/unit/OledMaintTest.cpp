@@ -39,6 +39,10 @@ struct RunCase {
     const char* records;  // the records file afterwards
 };
 
+void PrintTo(const RunCase& c, std::ostream* os) {
+    *os << c.name;
+}
+
 class OledMaintRuns : public OledMaint, public ::testing::WithParamInterface<RunCase> {};
 
 TEST_P(OledMaintRuns, CallsRecordsAndTellsEveryClient) {
@@ -79,7 +83,7 @@ INSTANTIATE_TEST_SUITE_P(
         RunCase{"TempLutOneWithBitZeroOtherBitsGoToThePanel", 1, 0xF1, 0,
                 "markPanelEvent(0) showStatus(11) runMaintenance(241) hideStatus(11)",
                 "500:77:0\n"},
-        RunCase{"RefreshRecordsBothAndRefreshClearBitAlone", 0, 2, 0x200,
+        RunCase{"TempLutTwoRefreshRecordsBothAndRefreshClearBitAlone", 2, 2, 0x200,
                 "markPanelEvent(0) markPanelEvent(2) showStatus(12) runMaintenance(2) "
                 "hideStatus(12) clearOperationTime(4) markPanelEvent(3)",
                 "500:77:0\n500:77:2\n500:77:3\n"},

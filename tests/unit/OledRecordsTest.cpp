@@ -40,6 +40,10 @@ struct LoadCase {
     std::string table;  // the file as written after the probe record
 };
 
+void PrintTo(const LoadCase& c, std::ostream* os) {
+    *os << c.name;
+}
+
 class OledRecordsLoad : public OledRecords, public ::testing::WithParamInterface<LoadCase> {};
 
 TEST_P(OledRecordsLoad, KeepsWhatIsValidAndSkipsTheRest) {
