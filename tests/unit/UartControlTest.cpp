@@ -59,12 +59,15 @@ TEST_F(Uart, WritesDecodedBase64AndAlwaysRepliesOk) {
 }
 
 TEST_F(Uart, FactoryVariantsSwitchModeOnceAndEndTheTextWithALineFeed) {
+    setState("Uart.mode", 2);  // only mode 0 is switched
+    EXPECT_EQ(run("readUartFactory")[0], "ok");
+    setState("Uart.mode", 0);
     EXPECT_EQ(run("writeUartFactory", "aGVs\nbG8=")[0], "ok");
     EXPECT_EQ(sim().getState("Uart.txData"), "68656c6c6f");
     EXPECT_EQ(callArgs("Uart", "setMode"), std::vector<json>{json::array({1, 0})});
     EXPECT_EQ(run("initUartFactory", "BAUDRATE_9600")[0], "ok");
     EXPECT_EQ(run("readUartFactory")[0], "ok");
-    EXPECT_EQ(callArgs("Uart", "getMode").size(), 3u);
+    EXPECT_EQ(callArgs("Uart", "getMode").size(), 4u);
     EXPECT_EQ(callArgs("Uart", "setMode").size(), 1u);  // the mode was 1 from then on
     EXPECT_EQ(callArgs("Uart", "configure")[0][1], 2);
 }
