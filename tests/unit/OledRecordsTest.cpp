@@ -53,7 +53,7 @@ TEST_P(OledRecordsLoad, KeepsWhatIsValidAndSkipsTheRest) {
     EXPECT_TRUE(logsContaining("failed").empty());
 }
 
-const std::string kNul(1, '\0');
+using namespace std::string_literals;
 const std::string kMax = "18446744073709551615";
 
 INSTANTIATE_TEST_SUITE_P(
@@ -64,15 +64,16 @@ INSTANTIATE_TEST_SUITE_P(
         LoadCase{"SurplusOfOneTypeKeepsTheFirstFiveAndTheOthers",
                  "10:1:2\n30:3:3\n11:1:2\n12:1:2\n13:1:2\n14:1:2\n15:1:2\n31:3:3\n16:1:2\n",
                  "10:1:2\n11:1:2\n12:1:2\n13:1:2\n14:1:2\n999:0:3\n30:3:3\n31:3:3\n"},
-        LoadCase{"WhatIsNotARecordIsSkipped",
-                 "1:10:0\r\n5:6:4\n1:2\nabc\n:1:1\n1::1\n18446744073709551616:1:0\n1:"
-                 "18446744073709551616:0\n"
-                 "1:2:4294967299\n"
-                 "\xff\xfe\x01\n4:40" +
-                     kNul + ":2\n\x80:\x80:\x80\n2:20:1:9\n" + kMax + ":" + kMax + ":3\n",
-                 "1:10:0\n2:20:1\n999:0:3\n" + kMax + ":" + kMax + ":3\n"},
+        LoadCase{
+            "WhatIsNotARecordIsSkipped",
+            "1:10:0\r\n5:6:4\n1:2\nabc\n:1:1\n1::1\n18446744073709551616:1:0\n"
+            "1:18446744073709551616:0\n1:2:4294967299\n\xff\xfe\x01\n4:40\0:2\n\x80:\x80:\x80\n"
+            "2:20:1:9\n18446744073709551615:18446744073709551615:3\n"s,
+            "1:10:0\n2:20:1\n999:0:3\n18446744073709551615:18446744073709551615:3\n"},
         LoadCase{"EmptyLineEndsTheFile", "1:10:0\n\n2:20:1\n", "1:10:0\n999:0:3\n"},
-        LoadCase{"LineStartingWithNulEndsTheFile", "1:10:0\n" + kNul + "2:20:1\n3:30:2\n",
+        LoadCase{"LineStartingWithNulEndsTheFile",
+                 "1:10:0\n\0"
+                 "2:20:1\n3:30:2\n"s,
                  "1:10:0\n999:0:3\n"},
         LoadCase{"LineOf259CharactersIsWhole", std::string(253, '0') + "5:50:0\n3:30:2\n",
                  "5:50:0\n3:30:2\n999:0:3\n"},
@@ -122,19 +123,18 @@ TEST_F(OledRecords, SixthRecordDropsTheOldestAndStandsFirstAndOldHoldsThePreviou
 TEST_F(OledRecords, SecondFieldIsTheSetsRunningTime) {
     startService();
     clearLogs();
-    const struct {
-        const char* content;  // null: no file
-        const char* running;
-    } cases[] = {{"12345", "12345"}, {"  42\n", "42"}, {kMax.c_str(), kMax.c_str()}, {nullptr, "0"},
-                 {"", "0"},          {"abc", "0"},     {"18446744073709551616", "0"}};
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.content == nullptr ? "absent" : c.content);
+    // The file's content (null: no file) and the second field it gives.
+    const std::pair<const char*, const char*> cases[] = {
+        {"12345", "12345"}, {"  42\n", "42"}, {kMax.c_str(), kMax.c_str()}, {nullptr, "0"},
+        {"", "0"},          {"abc", "0"},     {"18446744073709551616", "0"}};
+    for (const auto& [content, running] : cases) {
+        SCOPED_TRACE(content == nullptr ? "absent" : content);
         std::filesystem::remove(rootPath(kRunningTime));
-        if (c.content != nullptr) {
-            writeFile(kRunningTime, c.content);
+        if (content != nullptr) {
+            writeFile(kRunningTime, content);
         }
         const std::string table = addProbe();
-        EXPECT_EQ(table.substr(0, table.find('\n')), std::string("999:") + c.running + ":3");
+        EXPECT_EQ(table.substr(0, table.find('\n')), std::string("999:") + running + ":3");
     }
     EXPECT_TRUE(logsContaining("failed").empty());
 }
