@@ -16,6 +16,12 @@ const char kRecordsOld[] = "/var/tvservice/oled_maintance_records.old";
 const char kRunningTime[] = "/var/tvservice/tvRunningTime";
 const char kBoardIni[] = "/quentadata/model/config/board.ini";
 
+typedef std::vector<std::string> Texts;
+
+// The identifiers of a report nobody asked for.
+const std::vector<int32_t> kUnsolicitedIds = {-1, -1};
+const std::vector<int32_t> kUnsolicitedTransport = {-1, -1, 0, -1, -1, -1, -1};
+
 class OledCareTest : public ServiceTest {
   protected:
     // Asks for a run and waits until its thread has ended.

@@ -9,6 +9,9 @@
 
 namespace sysctrltest {
 
+// The texts of the callbacks a client received, one list per callback.
+typedef std::vector<std::vector<std::string>> Replies;
+
 // The text-command languages run both through the service and on a controller of their own over
 // the simulated set's port object.
 class TextCommandTest : public ServiceTest {
@@ -22,9 +25,8 @@ class TextCommandTest : public ServiceTest {
     }
 
     // The text arguments of every `callback` a client received, one list per callback.
-    static std::vector<std::vector<std::string>> replies(const sim::RecordingClient& client,
-                                                         const std::string& callback) {
-        std::vector<std::vector<std::string>> found;
+    static Replies replies(const sim::RecordingClient& client, const std::string& callback) {
+        Replies found;
         for (const sim::RecordingClient::Received& received : client.received(callback)) {
             std::vector<std::string> texts;
             for (const sim::json& arg : received.args) {
@@ -44,6 +46,16 @@ class TextCommandTest : public ServiceTest {
             found.push_back(call.args);
         }
         return found;
+    }
+
+    // The journalled calls of `object`, each as its operation and its arguments, blank-separated:
+    // "start[2] stop[]".
+    std::string callsOf(const std::string& object) {
+        std::string calls;
+        for (const sim::PortCall& call : sim().calls(object)) {
+            calls += (calls.empty() ? "" : " ") + call.operation + call.args.dump();
+        }
+        return calls;
     }
 
     // How many messages are exactly `text` (without the prefix) at `level`.

@@ -9,41 +9,6 @@ namespace {
 
 using sim::json;
 
-struct InitCase {
-    std::string settings;
-    std::vector<int> config;  // frame format, baud-rate index, odd parity, two stop bits
-};
-
-void PrintTo(const InitCase& c, std::ostream* os) {
-    *os << ::testing::PrintToString(c.settings);
-}
-
-class UartInit : public TextCommandTest, public ::testing::WithParamInterface<InitCase> {};
-
-TEST_P(UartInit, FindsTheSettingWordsAnywhere) {
-    sysctrlservice::uartcontrol controller(port<zo::port::Uart>("Uart"));
-    std::string result;
-    std::string resultData;
-    EXPECT_EQ(controller.do_cmd("initUart", GetParam().settings, result, resultData), 1);
-    EXPECT_EQ(result, "ok");
-    std::vector<int> expected = GetParam().config;
-    expected.insert(expected.end(), {1, 1});
-    EXPECT_EQ(callArgs("Uart", "configure"), std::vector<json>{json(expected)});
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Settings, UartInit,
-    ::testing::Values(InitCase{"BAUDRATE_9600 PARITY_ODD STOPBITS_2 7BITS_PARITY", {1, 2, 1, 1}},
-                      InitCase{"", {0, 8, 0, 0}},
-                      InitCase{"8BITS_ASYNCHRON_PARITY PARITY_EVEN STOPBITS_1", {0, 8, 0, 0}},
-                      InitCase{"BAUDRATE_115200,BAUDRATE_2400", {0, 8, 0, 0}},
-                      InitCase{"BAUDRATE_4800 BAUDRATE_2400", {0, 1, 0, 0}},
-                      InitCase{"BAUDRATE_2400", {0, 0, 0, 0}},
-                      InitCase{"xBAUDRATE_57600y", {0, 6, 0, 0}},
-                      InitCase{"BAUDRATE_76800", {0, 7, 0, 0}},
-                      InitCase{"9BITS 7BITS_PARITY", {2, 8, 0, 0}},
-                      InitCase{"8_BITS_PARITY\n9BITS", {3, 8, 0, 0}}));
-
 class Uart : public TextCommandTest {
   protected:
     // Runs one command on a fresh controller; returns {result, resultData}.
@@ -57,39 +22,52 @@ class Uart : public TextCommandTest {
     int32_t m_status = -1;
 };
 
-TEST_F(Uart, WritesDecodedBase64AndAlwaysRepliesOk) {
-    EXPECT_EQ(run("writeUart extra", "aGVs bG8=\n"), (std::vector<std::string>{"ok", ""}));
-    EXPECT_EQ(sim().getState("Uart.txData"), "68656c6c6f");
-    EXPECT_EQ(countMessages(4000, "5 bytes written to UART.\n"), 1u);
-
-    EXPECT_EQ(run("writeUart", "not base64!")[0], "ok");  // malformed: nothing written
-    EXPECT_EQ(countMessages(4000, "-1 bytes written to UART.\n"), 1u);
-    EXPECT_EQ(run("writeUart", "")[0], "ok");
-    EXPECT_EQ(countMessages(4000, "0 bytes written to UART.\n"), 1u);
-    EXPECT_EQ(callArgs("Uart", "write").size(), 1u);
-
-    setAnswer("Uart.write", 1);  // short write
-    EXPECT_EQ(run("writeUart", "AAEC")[0], "ok");
+TEST_F(Uart, InitFindsTheSettingWordsAnywhere) {
+    // Settings, and the arguments of the configuration: frame format, baud-rate index, odd
+    // parity, two stop bits, 1, 1.
+    const std::pair<const char*, const char*> cases[] = {
+        {"BAUDRATE_9600 PARITY_ODD STOPBITS_2 7BITS_PARITY", "[1,2,1,1,1,1]"},
+        {"", "[0,8,0,0,1,1]"},
+        {"8BITS_ASYNCHRON_PARITY PARITY_EVEN STOPBITS_1 BAUDRATE_2400", "[0,0,0,0,1,1]"},
+        {"BAUDRATE_115200,BAUDRATE_2400", "[0,8,0,0,1,1]"},
+        {"BAUDRATE_4800 BAUDRATE_2400", "[0,1,0,0,1,1]"},
+        {"9BITS 7BITS_PARITY", "[2,8,0,0,1,1]"},
+        {"7BITS_PARITYxBAUDRATE_57600y", "[1,6,0,0,1,1]"},
+        {"8_BITS_PARITY\n9BITS", "[3,8,0,0,1,1]"}};
+    for (const auto& [settings, config] : cases) {
+        EXPECT_EQ(run("initUart", settings), (std::vector<std::string>{"ok", ""})) << settings;
+        EXPECT_EQ(callArgs("Uart", "configure").back().dump(), config) << settings;
+    }
     EXPECT_EQ(m_status, 1);
 }
 
-TEST_F(Uart, WriteStatusesAreThePortsOutcome) {
+TEST_F(Uart, WritesDecodedBase64AndAlwaysRepliesOk) {
     sysctrlservice::uartcontrol controller(port<zo::port::Uart>("Uart"));
-    EXPECT_EQ(controller.writeUart("AAEC"), 0);
+    EXPECT_EQ(controller.writeUart("aGVs bG8=\n"), 0);
     EXPECT_EQ(controller.writeUart(""), 0);
-    EXPECT_EQ(controller.writeUart("AAE"), -5);
-    setAnswer("Uart.write", 2);
+    EXPECT_EQ(controller.writeUart("not base64!"), -5);
+    setAnswer("Uart.write", 1);  // short write
     EXPECT_EQ(controller.writeUart("AAEC"), -5);
-    EXPECT_EQ(sim().getState("Uart.txData"), "0001020001");
+    EXPECT_EQ(sim().getState("Uart.txData"), "68656c6c6f00");
+    for (const std::string count : {"5", "0", "-1", "3"}) {
+        EXPECT_EQ(countMessages(4000, count + " bytes written to UART.\n"), 1u) << count;
+    }
+    // Whatever the write did, the reply is "ok"; words after the command are ignored.
+    EXPECT_EQ(run("writeUart extra", "AAEC"), (std::vector<std::string>{"ok", ""}));
+    EXPECT_EQ(run("writeUart", "not base64!")[0], "ok");
+    EXPECT_EQ(m_status, 1);
 }
 
 TEST_F(Uart, FactoryVariantsSwitchModeOnceAndEndTheTextWithALineFeed) {
+    setState("Uart.mode", 2);  // only mode 0 is switched
+    EXPECT_EQ(run("readUartFactory")[0], "ok");
+    setState("Uart.mode", 0);
     EXPECT_EQ(run("writeUartFactory", "aGVs\nbG8=")[0], "ok");
     EXPECT_EQ(sim().getState("Uart.txData"), "68656c6c6f");
     EXPECT_EQ(callArgs("Uart", "setMode"), std::vector<json>{json::array({1, 0})});
     EXPECT_EQ(run("initUartFactory", "BAUDRATE_9600")[0], "ok");
     EXPECT_EQ(run("readUartFactory")[0], "ok");
-    EXPECT_EQ(callArgs("Uart", "getMode").size(), 3u);
+    EXPECT_EQ(callArgs("Uart", "getMode").size(), 4u);
     EXPECT_EQ(callArgs("Uart", "setMode").size(), 1u);  // the mode was 1 from then on
     EXPECT_EQ(callArgs("Uart", "configure")[0][1], 2);
 }
@@ -129,40 +107,24 @@ TEST_F(Uart, FailuresAndOtherCommands) {
     EXPECT_EQ(countMessages(4000, "Soundprojector poll thread restarted.\n"), 1u);
 }
 
-TEST_F(Uart, ControlUartRepliesToEveryClientAndLogsBothTexts) {
-    startService();
-    const auto a = addClient("A");
-    const auto b = addClient("B");
-    setState("Uart.rxData", "00ff");
-    frame::MsgIds ids = msgIds(3);
-    clearLogs();
-    EXPECT_EQ(service().controlUart(ids, transport(3), "readUart", ""), 0);
-    EXPECT_EQ(countMessages(4000, "result=ok\nresultdata=AP8="), 1u);
-    EXPECT_EQ(countMessages(3000, "failed.\n"), 0u);
-    EXPECT_EQ(service().controlUart(ids, transport(3), "", "x"), 0);
-    EXPECT_EQ(countMessages(3000, "failed.\n"), 1u);
-    for (const auto& client : {a, b}) {
-        EXPECT_EQ(replies(*client, "controlUartResult"),
-                  (std::vector<std::vector<std::string>>{{"ok", "AP8="}, {"err:no Command", ""}}));
-        EXPECT_EQ(client->received("controlUartResult")[0].msgIds, (std::vector<int32_t>{3, 0}));
-    }
-}
-
 TEST_F(Uart, WithoutThePortOnlyTheTestSwitchesSucceed) {
     setAbsent("Uart");
     startService();
     const auto a = addClient("A");
     frame::MsgIds ids = msgIds(1);
+    clearLogs();
     for (const char* command : {"writeUart", "writeUartFactory", "readUart", "readUartFactory",
-                                "initUart", "initUartFactory", "startTest", "nope"}) {
+                                "initUart", "initUartFactory", "startTest", "nope", ""}) {
         EXPECT_EQ(service().controlUart(ids, transport(1), command, "AAEC"), 0);
     }
-    std::vector<std::vector<std::string>> expected(
-        6, std::vector<std::string>{"err: command returns error", ""});
-    expected.push_back({"ok", ""});
-    expected.push_back({"err: unknown command", ""});
+    Replies expected(6, std::vector<std::string>{"err: command returns error", ""});
+    expected.insert(expected.end(),
+                    {{"ok", ""}, {"err: unknown command", ""}, {"err:no Command", ""}});
     EXPECT_EQ(replies(*a, "controlUartResult"), expected);
     EXPECT_EQ(countMessages(1000, "Cannot get uart object\n"), 6u);
+    // Only the empty line fails; both texts are logged after every command.
+    EXPECT_EQ(countMessages(3000, "failed.\n"), 1u);
+    EXPECT_EQ(countMessages(4000, "result=err: unknown command\nresultdata="), 1u);
 
     sysctrlservice::uartcontrol controller{boost::shared_ptr<zo::port::Uart>()};
     std::string out;
