@@ -3,7 +3,6 @@
 
 #include "sim/SimSet.h"
 #include "zo/host/Host.h"
-#include "zo/port/Antenna.h"
 #include "zo/port/Factory.h"
 #include "zo/port/Opc.h"
 #include "zo/port/Pier.h"
@@ -68,22 +67,6 @@ TEST_F(SimulatedSet, ScriptedAnswersOverrideUntilUnsetWithoutChangingState) {
     EXPECT_EQ(starts[0].args, json::array({3}));
     EXPECT_EQ(starts[0].result, 7);
     EXPECT_EQ(starts[1].result, 0);
-}
-
-TEST_F(SimulatedSet, AntennaRecordWrittenIsReadBack) {
-    const boost::shared_ptr<zo::port::Antenna> antenna = factory()->getAntenna();
-    zo::port::SatelliteAntennaParams written;
-    written.satCables = zo::port::ANTENNA_SAT_CABLES_SPLIT;
-    written.satId = {3, -1};
-    written.pin = {"0042"};
-    ASSERT_EQ(antenna->setSatelliteParams(written), 0);
-
-    zo::port::SatelliteAntennaParams read;
-    ASSERT_EQ(antenna->getSatelliteParams(read), 0);
-    EXPECT_EQ(read.satCables, zo::port::ANTENNA_SAT_CABLES_SPLIT);
-    EXPECT_EQ(read.satId, (std::vector<int32_t>{3, -1}));
-    EXPECT_EQ(read.pin, (std::vector<std::string>{"0042"}));
-    EXPECT_TRUE(read.lnbFrequencyLow.empty());
 }
 
 TEST_F(SimulatedSet, UartHandsOutQueuedBytesUpToItsCapacity) {
