@@ -77,6 +77,17 @@ class ServiceTest : public ::testing::Test {
     std::vector<LogLine> m_logs;
 };
 
+// The same with the service set up and started, and the journal and logs of its start cleared.
+class StartedServiceTest : public ServiceTest {
+  protected:
+    void SetUp() override {
+        ServiceTest::SetUp();
+        startService();
+        sim().clearJournal();
+        clearLogs();
+    }
+};
+
 }  // namespace sysctrltest
 
 #endif

@@ -8,15 +8,8 @@ namespace {
 
 using sim::json;
 
-class Events : public ServiceTest {
+class Events : public StartedServiceTest {
   protected:
-    void SetUp() override {
-        ServiceTest::SetUp();
-        startService();
-        sim().clearJournal();
-        clearLogs();
-    }
-
     std::vector<sim::SimSet::Delivery> fire(const std::string& subject, int eventClass, int id) {
         std::vector<sim::SimSet::Delivery> deliveries;
         std::string error;

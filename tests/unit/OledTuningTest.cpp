@@ -12,15 +12,8 @@ typedef std::pair<uint16_t, std::string> Message;
 // What the panel is scripted to answer: a failure, to be passed on as it is.
 const int kAnswer = -4;
 
-class OledTuning : public ServiceTest {
+class OledTuning : public StartedServiceTest {
   protected:
-    void SetUp() override {
-        ServiceTest::SetUp();
-        startService();
-        sim().clearJournal();
-        clearLogs();
-    }
-
     // The panel calls made so far, as [operation, args]; clears the journal and the logs.
     json panelCalls() {
         json list = json::array();

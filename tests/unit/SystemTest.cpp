@@ -17,15 +17,8 @@ typedef std::vector<std::string> Calls;
 const char kConfigFile[] = "/quentadata/model/config/config.ini";
 const std::pair<uint16_t, std::string> kTurnOff{1, "OLED turnOff panel.\n"};
 
-class System : public ServiceTest {
+class System : public StartedServiceTest {
   protected:
-    void SetUp() override {
-        ServiceTest::SetUp();
-        startService();
-        sim().clearJournal();
-        clearLogs();
-    }
-
     // Checks the port calls since the last check, as "Object.operation[args]" (the factory's
     // getters left out), and the messages; then clears both.
     void check(const Calls& calls, const Messages& logged) {

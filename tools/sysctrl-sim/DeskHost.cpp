@@ -215,11 +215,7 @@ bool DeskHost::runCommand(const std::vector<Word>& words) {
         const std::string subject = args.text("subject");
         const int32_t eventClass = args.integer("event class");
         const int32_t eventId = args.integer("event id");
-        if (!args.finish()) {
-            error(args.error());
-            return false;
-        }
-        if (!reach(Stage::Started)) {
+        if (!startedWith(args)) {
             return false;
         }
         std::vector<sim::SimSet::Delivery> deliveries;
@@ -232,11 +228,7 @@ bool DeskHost::runCommand(const std::vector<Word>& words) {
     }
     if (command == "oledError") {
         const uint32_t mask = args.unsignedInteger("mask");
-        if (!args.finish()) {
-            error(args.error());
-            return false;
-        }
-        if (!reach(Stage::Started)) {
+        if (!startedWith(args)) {
             return false;
         }
         if (!m_sim->raiseOledError(mask)) {
@@ -267,6 +259,14 @@ bool DeskHost::runCommand(const std::vector<Word>& words) {
     }
     error("unknown command " + command + " (help lists the commands)");
     return false;
+}
+
+bool DeskHost::startedWith(Arguments& args) {
+    if (!args.finish()) {
+        error(args.error());
+        return false;
+    }
+    return reach(Stage::Started);
 }
 
 bool DeskHost::callOperation(const std::vector<Word>& words) {

@@ -8,6 +8,7 @@
 
 #include <boost/shared_ptr.hpp>
 
+#include "Arguments.h"
 #include "Printer.h"
 #include "ScriptLexer.h"
 #include "ServiceInterface.h"
@@ -46,6 +47,9 @@ class DeskHost {
     void destroy();
 
     bool runCommand(const std::vector<Word>& words);
+    // Checks that every argument was read and well formed, then runs the missing steps up to
+    // start; an error event otherwise.
+    bool startedWith(Arguments& args);
     bool callOperation(const std::vector<Word>& words);
     bool callClientOperation(const std::vector<Word>& words);
     bool scriptSet(const std::vector<Word>& words);

@@ -82,9 +82,9 @@ std::string describeSimulatedSet() {
         }
         if (!object->stateSpecs().empty()) {
             text += "| state | kind | initially |\n|---|---|---|\n";
-            for (const sim::StateSpec& spec : object->stateSpecs()) {
-                text += "| `" + spec.key + "` | " + sim::kindName(spec.kind) + " | `" +
-                        spec.initial.dump() + "` |\n";
+            for (const sim::StateSpec& entry : object->stateSpecs()) {
+                text += "| `" + entry.key + "` | " + sim::kindName(entry.kind) + " | `" +
+                        entry.initial.dump() + "` |\n";
             }
             text += "\n";
         }

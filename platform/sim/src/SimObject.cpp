@@ -80,11 +80,11 @@ bool SimObject::clearAnswer(const std::string& operation, std::string& error) {
 }
 
 bool SimObject::setState(const std::string& key, const json& value, std::string& error) {
-    for (const StateSpec& spec : m_stateSpecs) {
-        if (spec.key != key) {
+    for (const StateSpec& entry : m_stateSpecs) {
+        if (entry.key != key) {
             continue;
         }
-        if (!fitsKind(spec.kind, value, error)) {
+        if (!fitsKind(entry.kind, value, error)) {
             error = m_name + "." + key + ": " + error;
             return false;
         }
@@ -104,8 +104,8 @@ json SimObject::getState(const std::string& key) const {
 void SimObject::reset() {
     std::lock_guard<std::recursive_mutex> lock(m_set.mutex());
     m_state = json::object();
-    for (const StateSpec& spec : m_stateSpecs) {
-        m_state[spec.key] = spec.initial;
+    for (const StateSpec& entry : m_stateSpecs) {
+        m_state[entry.key] = entry.initial;
     }
     m_answers.clear();
 }
