@@ -46,6 +46,18 @@ void ServiceTest::startService() {
     ASSERT_EQ(m_application->start(), 0);
 }
 
+boost::shared_ptr<sim::RecordingClient> ServiceTest::startWithClient(const std::string& name) {
+    startService();
+    boost::shared_ptr<sim::RecordingClient> client = addClient(name);
+    quiet();
+    return client;
+}
+
+void ServiceTest::quiet() {
+    m_sim->clearJournal();
+    clearLogs();
+}
+
 void ServiceTest::destroyService() {
     zo::host::waitForThreads();
     delete m_application;

@@ -32,6 +32,9 @@ class ServiceTest : public ::testing::Test {
 
     // Runs setupDone and start, expecting both to succeed.
     void startService();
+    // Starts the service, registers one client and clears the journal and logs of all that, so a
+    // test sees only what its own calls cause.
+    boost::shared_ptr<sim::RecordingClient> startWithClient(const std::string& name);
     // Waits for the service's threads, then deletes the application.
     void destroyService();
 
@@ -54,6 +57,8 @@ class ServiceTest : public ::testing::Test {
     // The message texts with the "file:line:function(): " prefix cut off, with their levels.
     std::vector<std::pair<uint16_t, std::string>> messages() const;
     void clearLogs();
+    // Clears the journal and the logs.
+    void quiet();
 
     // Scripts a port operation, failing the test on a bad script.
     void setAnswer(const std::string& objectOperation, const sim::json& result,
@@ -83,8 +88,7 @@ class StartedServiceTest : public ServiceTest {
     void SetUp() override {
         ServiceTest::SetUp();
         startService();
-        sim().clearJournal();
-        clearLogs();
+        quiet();
     }
 };
 

@@ -9,12 +9,7 @@ using sim::json;
 
 class Diagnostics : public TextCommandTest {
   protected:
-    void start() {
-        startService();
-        m_client = addClient("A");
-        sim().clearJournal();
-        clearLogs();
-    }
+    void start() { m_client = startWithClient("A"); }
     Replies got(const std::string& callback) const { return replies(*m_client, callback); }
 
     frame::MsgIds m_ids = msgIds(2);

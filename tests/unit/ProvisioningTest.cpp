@@ -18,12 +18,7 @@ json fuse(const std::string& name, const std::string& value) {
 class Provisioning : public ServiceTest {
   protected:
     // Objects taken at setup must be made absent before it, so each test starts the service.
-    void start() {
-        startService();
-        m_client = addClient("A");
-        sim().clearJournal();
-        clearLogs();
-    }
+    void start() { m_client = startWithClient("A"); }
 
     // Checks the one answer to the request just made (its callback, the request's identifiers,
     // the arguments), the messages and, when given, the one factory-manager call as
