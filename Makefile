@@ -15,8 +15,13 @@ configure: deps
 build: configure
 	@cmake --build --preset $(PRESET)
 
+# The demo runs in a fresh root under build/, kept afterwards for its pictures.
+DEMO_ROOT := $(BUILD_DIR)/demo
+
 demo: build
-	@$(BUILD_DIR)/bin/sysctrl-sim --log-level 3000 tools/sysctrl-sim/demo/*.sim
+	@rm -rf $(DEMO_ROOT)
+	@$(BUILD_DIR)/bin/sysctrl-sim --root $(DEMO_ROOT) --log-level 3000 tools/sysctrl-sim/demo/*.sim
+	@echo "The demo's test card capture is in $(DEMO_ROOT)/pictures/ (testcard.png)."
 
 test: build
 	@ctest --preset $(PRESET)

@@ -157,6 +157,51 @@ TEST_F(Capture, FilesHoldThePortsPixelsFromAZeroedBuffer) {
     EXPECT_EQ(readBytes(file("zero.raw")), Bytes(4, 0));
 }
 
+// The simulated port's test card at full size, through the service's PNG writer: a few pixels
+// of each part of the picture.
+TEST_F(Capture, TestCardHoldsBarsRampLinesAndText) {
+    start();
+    setState("ScreenCapture.pattern", "testcard");
+    setState("ScreenCapture.width", 1920);
+    setState("ScreenCapture.height", 1080);
+    EXPECT_EQ(capture(m_dir, "card.png", 1), 0);
+    const DecodedPng png = decodePng(file("card.png"));
+    ASSERT_EQ(png.width, 1920u);
+    ASSERT_EQ(png.height, 1080u);
+    const struct {
+        uint32_t x, y;
+        Bytes rgba;
+        const char* what;
+    } cases[] = {
+        {120, 300, {255, 255, 255, 255}, "white bar"},
+        {360, 300, {255, 255, 0, 255}, "yellow bar"},
+        {600, 300, {0, 255, 255, 255}, "cyan bar"},
+        {840, 300, {0, 255, 0, 255}, "green bar"},
+        {1080, 300, {255, 0, 255, 255}, "magenta bar"},
+        {1320, 300, {255, 0, 0, 255}, "red bar"},
+        {1560, 300, {0, 0, 255, 255}, "blue bar"},
+        {1800, 629, {0, 0, 0, 255}, "black bar, last row"},
+        {0, 630, {0, 0, 0, 255}, "ramp starts black"},
+        {960, 700, {127, 127, 127, 255}, "ramp at the middle"},
+        {1919, 809, {255, 255, 255, 255}, "ramp ends white"},
+        {100, 850, {255, 255, 255, 255}, "1-pixel vertical line"},
+        {101, 850, {0, 0, 0, 255}, "gap between 1-pixel vertical lines"},
+        {601, 850, {255, 255, 255, 255}, "2-pixel vertical line"},
+        {602, 850, {0, 0, 0, 255}, "gap between 2-pixel vertical lines"},
+        {1000, 850, {255, 255, 255, 255}, "horizontal line"},
+        {1000, 851, {0, 0, 0, 255}, "gap between horizontal lines"},
+        {1501, 851, {255, 255, 255, 255}, "checkerboard"},
+        {20, 1000, {32, 32, 32, 255}, "text background"},
+        {160, 960, {32, 32, 32, 255}, "left of the S's top stroke"},
+        {170, 960, {255, 255, 255, 255}, "the S's top stroke"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        const size_t at = (static_cast<size_t>(c.y) * png.width + c.x) * 4;
+        EXPECT_EQ(Bytes(png.pixels.begin() + at, png.pixels.begin() + at + 4), c.rgba);
+    }
+}
+
 // Not part of the capture sequence: the port is asked only by getSupportInfo.
 TEST_F(Capture, SupportInfoIsKeptFromThePortsAnswer) {
     start();

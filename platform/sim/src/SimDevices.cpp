@@ -1,6 +1,7 @@
 // The simulated objects' operations that are more than a few lines.
 #include "SimDevices.h"
 
+#include "TestCard.h"
 #include "zo/host/Host.h"
 
 namespace sim {
@@ -25,6 +26,10 @@ bool SimScreenCapture::capture(zo::port::screenCaptureType_enum type,
     const std::string pattern = stateAs<std::string>("pattern");
     if (pattern == "none") {
         return true;  // the frame is what the buffer held
+    }
+    if (pattern == "testcard") {
+        drawTestCard(data->buffer, width, height, data->stride);
+        return true;
     }
     std::vector<uint8_t> color = stateAs<std::vector<uint8_t>>("color");
     color.resize(4, 0xFF);

@@ -840,8 +840,8 @@ class SimScreenCapture : public zo::port::ScreenCapture, public SimObject {
         return call.result((stateAs<unsigned int>("availableTypes") & type) != 0);
     }
     // Fills width x height pixels of the chosen pattern: "gradient" (blue across, green down),
-    // "checker" (8-pixel squares) or "solid" (the color bytes, blue-green-red-alpha); "none"
-    // leaves the buffer as the caller handed it over.
+    // "checker" (8-pixel squares), "solid" (the color bytes, blue-green-red-alpha) or "testcard"
+    // (TestCard.h); "none" leaves the buffer as the caller handed it over.
     bool capture(zo::port::screenCaptureType_enum type,
                  boost::shared_ptr<zo::port::screenCaptureData> data) override;
 };
