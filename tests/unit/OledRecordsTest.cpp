@@ -7,11 +7,13 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <filesystem>
 #include <iostream>
 #include <random>
 #include <regex>
 #include <sstream>
+#include <thread>
 
 namespace sysctrltest {
 namespace {
@@ -171,13 +173,18 @@ class OledRecordsCrash : public OledRecords {
     }
 
     // The child: starts the service on what the files hold and runs maintenance forever, each
-    // run adding three records (at time base, base + 1, ...), until it is killed.
-    [[noreturn]] void storeUntilKilled(uint64_t base) {
+    // run adding three records (at time base, base + 1, ...), until it is killed. It writes one
+    // byte to `progress` once started and one after each run.
+    [[noreturn]] void storeUntilKilled(uint64_t base, int progress) {
         prctl(PR_SET_PDEATHSIG, SIGKILL);
         if (app().setupDone() != 0 || app().start() != 0) {
             _exit(2);
         }
+        const char byte = 0;
         for (uint64_t time = base; time < base + 10000; ++time) {
+            if (write(progress, &byte, 1) != 1) {
+                _exit(3);
+            }
             setState("clock.utcTime", time);
             runMaintenance(2);
         }
@@ -188,18 +195,37 @@ class OledRecordsCrash : public OledRecords {
 TEST_F(OledRecordsCrash, KilledStoresLeaveWholeTablesAndLoseNothingCommitted) {
     setState("OledPanel.maintenanceResult", 0x300);
     std::mt19937 random(20240607);
-    std::uniform_int_distribution<int> delayMicroseconds(0, 40000);
+    std::uniform_real_distribution<double> partOfARun(0, 1);
+    const auto reported = [](int progress) {
+        char byte = 0;
+        return read(progress, &byte, 1) == 1;
+    };
 
     int counts[3] = {};    // kills that left: no record file, an empty one, a table
     int64_t loadable = 0;  // the newest record the next start reads
     for (int iteration = 0; iteration < 150 && !HasFailure(); ++iteration) {
+        int progress[2];
+        ASSERT_EQ(pipe(progress), 0);
         const pid_t child = fork();
         ASSERT_GE(child, 0);
         if (child == 0) {
-            storeUntilKilled(static_cast<uint64_t>(iteration + 1) * 100000);
+            close(progress[0]);
+            storeUntilKilled(static_cast<uint64_t>(iteration + 1) * 100000, progress[1]);
         }
-        usleep(static_cast<useconds_t>(delayMicroseconds(random)));
+        close(progress[1]);
+        // The kill falls at a random moment of the child's second run: after its first run
+        // (start-up included), as far into the next as a random part of the time that took,
+        // however fast this machine (or its emulator) is.
+        const auto started = std::chrono::steady_clock::now();
+        const bool ran = reported(progress[0]) && reported(progress[0]);
+        if (ran) {
+            const auto run = std::chrono::steady_clock::now() - started;
+            std::this_thread::sleep_for(
+                std::chrono::duration_cast<std::chrono::microseconds>(run * partOfARun(random)));
+        }
         kill(child, SIGKILL);
+        close(progress[0]);
+        ASSERT_TRUE(ran) << "the child did not finish a run";
         int status = 0;
         ASSERT_EQ(waitpid(child, &status, 0), child);
         ASSERT_TRUE(WIFSIGNALED(status)) << "the child ended by itself: " << status;
