@@ -29,7 +29,7 @@ apt_private() {
 # A day-old index is good enough: the build only needs versions that exist.
 if [ -z "$(find "$state/lists" -maxdepth 1 -name '*Packages*' -mtime -1 2>/dev/null)" ]; then
     # A mirror in the middle of a sync can fail one index; the others still serve.
-    apt_private apt-get update >/dev/null || echo "make-sysroot: some $arch package lists were not updated" >&2
+    apt_private apt-get update >/dev/null 2>&1 || echo "make-sysroot: some $arch package lists were not updated" >&2
 fi
 
 # Unchanged lists since the sysroot was made: nothing to do.

@@ -20,8 +20,8 @@ namespace {
 const char kUsage[] =
     "usage: sysctrl-sim [--plugin PATH] [--root DIR] [--json] [--only KINDS] [--log-level N] "
     "[SCRIPT...]\n"
-    "  --plugin PATH   the plug-in to load (default: ../lib/libapp-sysctrlservice-impl.so beside "
-    "this program)\n"
+    "  --plugin PATH   the plug-in to load (default: the installed plug-in, or "
+    "../lib/libapp-sysctrlservice-impl.so beside this program)\n"
     "  --root DIR      directory under which the system's fixed paths live (default: a fresh "
     "temporary one)\n"
     "  --json          one JSON object a line\n"
@@ -32,11 +32,17 @@ const char kUsage[] =
     "Without SCRIPT, or with -, commands are read from standard input. docs/sim.md describes "
     "the commands.\n";
 
+// The installed plug-in beside an installed program, else the one in the build tree.
 std::string defaultPlugin(const char* argv0) {
     std::error_code ignored;
     std::filesystem::path self = std::filesystem::read_symlink("/proc/self/exe", ignored);
     if (self.empty()) {
         self = argv0;
+    }
+    const std::filesystem::path installed =
+        (self.parent_path() / SYSCTRL_INSTALLED_PLUGIN).lexically_normal();
+    if (std::filesystem::exists(installed, ignored)) {
+        return installed;
     }
     return (self.parent_path() / ".." / "lib" / "libapp-sysctrlservice-impl.so").lexically_normal();
 }
