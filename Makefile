@@ -1,13 +1,19 @@
 # Quick start: `make demo` runs the desk host's demo, `make test` runs every test.
+# `make test-arm` builds and tests for armhf and arm64 under qemu-user; `make package` and
+# `make package-arm` build the Debian packages (build*/packages/).
 PRESET ?= default
 BUILD_DIR := build
+ARM_PRESETS := armhf arm64
 
-.PHONY: all deps configure build demo test bench format clean
+.PHONY: all deps deps-arm configure build demo test bench package test-arm package-arm format clean
 
 all: build
 
 deps:
 	@./scripts/install-deps.sh
+
+deps-arm:
+	@./scripts/install-deps.sh --arm
 
 configure: deps
 	@cmake --preset $(PRESET) >/dev/null
@@ -29,8 +35,26 @@ test: build
 bench: build
 	@$(BUILD_DIR)/bin/sysctrl-bench
 
+package: build
+	@cpack --config $(BUILD_DIR)/CPackConfig.cmake
+
+# One ARM target: configure (the sysroot is made on the first run), build, then test or package.
+arm-%: deps-arm
+	@cmake --preset $* >/dev/null
+	@cmake --build --preset $*
+
+test-arm-%: arm-%
+	@ctest --preset $*
+
+package-arm-%: arm-%
+	@cpack --config build-$*/CPackConfig.cmake
+
+test-arm: $(addprefix test-arm-,$(ARM_PRESETS))
+
+package-arm: $(addprefix package-arm-,$(ARM_PRESETS))
+
 format:
 	@git ls-files '*.cpp' '*.h' | xargs clang-format -i
 
 clean:
-	@rm -rf $(BUILD_DIR)
+	@rm -rf $(BUILD_DIR) $(addprefix build-,$(ARM_PRESETS))

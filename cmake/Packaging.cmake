@@ -36,24 +36,24 @@ endif()
 set(CPACK_COMPONENT_SERVICE_GROUP service)
 set(CPACK_DEBIAN_SERVICE_PACKAGE_NAME sysctrlservice)
 set(CPACK_COMPONENT_SERVICE_DESCRIPTION "System-control service of the television (framework plug-in)
- The plug-in libapp-sysctrlservice-impl.so, installed in the framework's plug-in folder. The
- framework provides the platform runtime it links against (libzoplatform).")
+The plug-in libapp-sysctrlservice-impl.so, installed in the framework's plug-in folder. The
+framework provides the platform runtime it links against (libzoplatform).")
 
 set(CPACK_COMPONENT_DEV_GROUP dev)
 set(CPACK_DEBIAN_DEV_PACKAGE_NAME sysctrlservice-dev)
 set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "libboost-dev (>= 1.74)")
 set(CPACK_COMPONENT_DEV_DESCRIPTION "System-control service: development files
- Headers of the remote interface (ServiceInterface, ClientInterface) and of the platform they
- use, the CMake package sysctrlservice and the pkg-config file sysctrlservice.pc.")
+Headers of the remote interface (ServiceInterface, ClientInterface) and of the platform they
+use, the CMake package sysctrlservice and the pkg-config file sysctrlservice.pc.")
 
 set(CPACK_COMPONENT_DESKHOST_GROUP deskhost)
 set(CPACK_COMPONENT_DESKHOST_DEPENDS service dev)
 set(CPACK_DEBIAN_DESKHOST_PACKAGE_NAME sysctrlservice-deskhost)
 set(CPACK_DEBIAN_DESKHOST_PACKAGE_DEPENDS "nlohmann-json3-dev (>= 3)")
 set(CPACK_COMPONENT_DESKHOST_DESCRIPTION "System-control service: desk-host kit for a PC
- The platform runtime for a PC (libzoplatform), the simulated television set (libzosim, with
- its CMake targets and pkg-config file) and the desk host sysctrl-sim, which runs the plug-in on
- the simulated set.")
+The platform runtime for a PC (libzoplatform), the simulated television set (libzosim, with
+its CMake targets and pkg-config file) and the desk host sysctrl-sim, which runs the plug-in on
+the simulated set.")
 
 set(CPACK_COMPONENT_SERVICE-DEBUG_GROUP debug)
 set(CPACK_COMPONENT_DESKHOST-DEBUG_GROUP debug)
@@ -61,6 +61,6 @@ set(CPACK_DEBIAN_DEBUG_PACKAGE_NAME sysctrlservice-dbg)
 set(CPACK_DEBIAN_DEBUG_PACKAGE_SECTION debug)
 set(CPACK_DEBIAN_DEBUG_PACKAGE_SHLIBDEPS OFF)
 set(CPACK_COMPONENT_DEBUG_DESCRIPTION "System-control service: debug information
- The debug information of the plug-in and the desk-host kit, by build ID under /usr/lib/debug.")
+The debug information of the plug-in and the desk-host kit, by build ID under /usr/lib/debug.")
 
 include(CPack)

@@ -1,9 +1,14 @@
 #!/bin/sh
-# Installs the Debian packages the project builds and tests with; does nothing when all are there.
+# Installs the Debian packages the project builds, tests and packages with; does nothing when all
+# are there. With --arm, also the cross compilers and qemu-user for the armhf and arm64 builds
+# (their target libraries come from scripts/make-sysroot.sh).
 set -eu
 
 packages="cmake ninja-build g++ make pkg-config libboost-dev libpng-dev libgtest-dev libgmock-dev \
-libbenchmark-dev nlohmann-json3-dev pngcheck coreutils"
+libbenchmark-dev nlohmann-json3-dev pngcheck coreutils dpkg-dev file"
+if [ "${1:-}" = --arm ]; then
+    packages="$packages g++-arm-linux-gnueabihf g++-aarch64-linux-gnu qemu-user"
+fi
 
 missing=""
 for p in $packages; do
