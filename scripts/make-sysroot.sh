@@ -7,7 +7,8 @@
 # Does nothing when DIR already holds the same package versions.
 set -eu
 arch=$1
-sysroot=$2
+mkdir -p "$2"
+sysroot=$(realpath "$2")
 
 # The target's runtime (libc, libgcc, libstdc++) and the -dev packages the build and the tests use.
 # libboost-dev is a metapackage and is replaced by the versioned package it names.
