@@ -27,36 +27,44 @@ if(CMAKE_CROSSCOMPILING)
     file(WRITE ${CPACK_PROJECT_CONFIG_FILE} "set(ENV{DEB_HOST_ARCH} ${SYSCTRL_DEB_ARCH})\n")
 endif()
 
+# One package per component, and the component's debug information in sysctrlservice-dbg.
+# sysctrl_package(COMPONENT c NAME package [DEPENDS component...] [PACKAGE_DEPENDS text]
+#                 DESCRIPTION "summary\nlong description")
+# A further plug-in joins with its own install component and one call here.
 set(CPACK_COMPONENTS_GROUPING ONE_PER_GROUP)
-set(CPACK_COMPONENTS_ALL service dev service-debug)
-if(NOT CMAKE_CROSSCOMPILING)
-    list(APPEND CPACK_COMPONENTS_ALL deskhost deskhost-debug)
-endif()
+set(CPACK_COMPONENTS_ALL)
+function(sysctrl_package)
+    cmake_parse_arguments(ARG "" "COMPONENT;NAME;PACKAGE_DEPENDS;DESCRIPTION" "DEPENDS" ${ARGN})
+    string(TOUPPER ${ARG_COMPONENT} upper)
+    set(CPACK_COMPONENT_${upper}_GROUP ${ARG_COMPONENT} PARENT_SCOPE)
+    set(CPACK_COMPONENT_${upper}_DEPENDS ${ARG_DEPENDS} PARENT_SCOPE)
+    set(CPACK_COMPONENT_${upper}_DESCRIPTION "${ARG_DESCRIPTION}" PARENT_SCOPE)
+    set(CPACK_DEBIAN_${upper}_PACKAGE_NAME ${ARG_NAME} PARENT_SCOPE)
+    set(CPACK_DEBIAN_${upper}_PACKAGE_DEPENDS "${ARG_PACKAGE_DEPENDS}" PARENT_SCOPE)
+    # A component without binaries (dev) has an empty debug component, which adds nothing.
+    set(CPACK_COMPONENTS_ALL ${CPACK_COMPONENTS_ALL} ${ARG_COMPONENT} ${ARG_COMPONENT}-debug PARENT_SCOPE)
+    set(CPACK_COMPONENT_${upper}-DEBUG_GROUP debug PARENT_SCOPE)
+endfunction()
 
-set(CPACK_COMPONENT_SERVICE_GROUP service)
-set(CPACK_DEBIAN_SERVICE_PACKAGE_NAME sysctrlservice)
-set(CPACK_COMPONENT_SERVICE_DESCRIPTION "System-control service of the television (framework plug-in)
+sysctrl_package(COMPONENT service NAME sysctrlservice
+    DESCRIPTION "System-control service of the television (framework plug-in)
 The plug-in libapp-sysctrlservice-impl.so, installed in the framework's plug-in folder. The
 framework provides the platform runtime it links against (libzoplatform).")
 
-set(CPACK_COMPONENT_DEV_GROUP dev)
-set(CPACK_DEBIAN_DEV_PACKAGE_NAME sysctrlservice-dev)
-set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "libboost-dev (>= 1.74)")
-set(CPACK_COMPONENT_DEV_DESCRIPTION "System-control service: development files
+sysctrl_package(COMPONENT dev NAME sysctrlservice-dev PACKAGE_DEPENDS "libboost-dev (>= 1.74)"
+    DESCRIPTION "System-control service: development files
 Headers of the remote interface (ServiceInterface, ClientInterface) and of the platform they
 use, the CMake package sysctrlservice and the pkg-config file sysctrlservice.pc.")
 
-set(CPACK_COMPONENT_DESKHOST_GROUP deskhost)
-set(CPACK_COMPONENT_DESKHOST_DEPENDS service dev)
-set(CPACK_DEBIAN_DESKHOST_PACKAGE_NAME sysctrlservice-deskhost)
-set(CPACK_DEBIAN_DESKHOST_PACKAGE_DEPENDS "nlohmann-json3-dev (>= 3)")
-set(CPACK_COMPONENT_DESKHOST_DESCRIPTION "System-control service: desk-host kit for a PC
+if(NOT CMAKE_CROSSCOMPILING)
+    sysctrl_package(COMPONENT deskhost NAME sysctrlservice-deskhost DEPENDS service dev
+        PACKAGE_DEPENDS "nlohmann-json3-dev (>= 3)"
+        DESCRIPTION "System-control service: desk-host kit for a PC
 The platform runtime for a PC (libzoplatform), the simulated television set (libzosim, with
 its CMake targets and pkg-config file) and the desk host sysctrl-sim, which runs the plug-in on
 the simulated set.")
+endif()
 
-set(CPACK_COMPONENT_SERVICE-DEBUG_GROUP debug)
-set(CPACK_COMPONENT_DESKHOST-DEBUG_GROUP debug)
 set(CPACK_DEBIAN_DEBUG_PACKAGE_NAME sysctrlservice-dbg)
 set(CPACK_DEBIAN_DEBUG_PACKAGE_SECTION debug)
 set(CPACK_DEBIAN_DEBUG_PACKAGE_SHLIBDEPS OFF)
