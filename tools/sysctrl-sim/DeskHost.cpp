@@ -118,7 +118,16 @@ bool DeskHost::reach(Stage wanted) {
     return true;
 }
 
+void DeskHost::stopIfStarted() {
+    if (m_stage == Stage::Started) {
+        reach(Stage::Stopped);
+    }
+}
+
 void DeskHost::destroy() {
+    if (m_beforeDestroy) {
+        m_beforeDestroy();
+    }
     // A framework lets the service's threads end before it deletes the application.
     zo::host::waitForThreads();
     delete m_application;

@@ -1,6 +1,7 @@
 #ifndef SYSCTRL_SIM_DESKHOST_H
 #define SYSCTRL_SIM_DESKHOST_H
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -35,6 +36,10 @@ class DeskHost {
     // application unless the script did.
     void finish();
     bool hadErrors() const { return m_errors > 0; }
+    // Stops the application if it runs, as a framework does before it ends.
+    void stopIfStarted();
+    // Runs just before the application is destroyed (a companion that holds it goes first).
+    void setBeforeDestroy(std::function<void()> hook) { m_beforeDestroy = std::move(hook); }
 
   private:
     enum class Stage { Unloaded, Created, SetupDone, Started, Stopped, Destroyed };
@@ -71,6 +76,7 @@ class DeskHost {
     int32_t m_calls = 0;
     int m_line = 0;
     int m_errors = 0;
+    std::function<void()> m_beforeDestroy;
 };
 
 }  // namespace desk

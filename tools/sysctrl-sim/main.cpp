@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "DbusServe.h"
 #include "DeskHost.h"
 #include "Printer.h"
 #include "sim/SimSet.h"
@@ -29,22 +30,28 @@ const char kUsage[] =
     "callback, port, log, observer, error, state, file, echo, help)\n"
     "  --log-level N   print log messages up to level N (default: every level)\n"
     "  --describe      print the simulated objects' operations and state as Markdown, and exit\n"
+    "  --dbus BUS      also serve the service on D-Bus (session, system or an address) through "
+    "the bridge plug-in, until SIGINT or SIGTERM\n"
+    "  --bridge PATH   the bridge plug-in (default: ../lib/libapp-sysctrl-dbus.so beside this "
+    "program)\n"
     "Without SCRIPT, or with -, commands are read from standard input. docs/sim.md describes "
     "the commands.\n";
 
-// The installed plug-in beside an installed program, else the one in the build tree.
-std::string defaultPlugin(const char* argv0) {
+// A plug-in in the plug-in folder beside an installed program, else the one in the build tree.
+std::string defaultPlugin(const char* argv0, const char* library) {
     std::error_code ignored;
     std::filesystem::path self = std::filesystem::read_symlink("/proc/self/exe", ignored);
     if (self.empty()) {
         self = argv0;
     }
     const std::filesystem::path installed =
-        (self.parent_path() / SYSCTRL_INSTALLED_PLUGIN).lexically_normal();
+        (self.parent_path() / std::filesystem::path(SYSCTRL_INSTALLED_PLUGIN).parent_path() /
+         library)
+            .lexically_normal();
     if (std::filesystem::exists(installed, ignored)) {
         return installed;
     }
-    return (self.parent_path() / ".." / "lib" / "libapp-sysctrlservice-impl.so").lexically_normal();
+    return (self.parent_path() / ".." / "lib" / library).lexically_normal();
 }
 
 std::set<std::string> splitKinds(const std::string& list) {
@@ -116,7 +123,9 @@ void runInput(desk::DeskHost& host, std::istream& in, bool prompt) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    std::string plugin = defaultPlugin(argv[0]);
+    std::string plugin = defaultPlugin(argv[0], "libapp-sysctrlservice-impl.so");
+    std::string bridge = defaultPlugin(argv[0], "libapp-sysctrl-dbus.so");
+    std::string bus;
     std::string root;
     bool json = false;
     std::set<std::string> only;
@@ -128,6 +137,10 @@ int main(int argc, char** argv) {
             plugin = argv[++i];
         } else if (arg == "--root" && hasValue) {
             root = argv[++i];
+        } else if (arg == "--dbus" && hasValue) {
+            bus = argv[++i];
+        } else if (arg == "--bridge" && hasValue) {
+            bridge = argv[++i];
         } else if (arg == "--json") {
             json = true;
         } else if (arg == "--only" && hasValue) {
@@ -148,6 +161,9 @@ int main(int argc, char** argv) {
             return 2;
         }
     }
+
+    // Before any thread starts, so that only the serving loop sees the stop signals.
+    const int stopSignals = bus.empty() ? -1 : desk::catchStopSignals();
 
     bool temporaryRoot = false;
     if (root.empty()) {
@@ -173,6 +189,10 @@ int main(int argc, char** argv) {
         desk::DeskHost host(plugin, root, printer);
         if (scripts.empty()) {
             scripts.push_back("-");
+        }
+        if (!bus.empty()) {
+            errors = desk::serveDbus(host, bus, bridge, scripts, stopSignals) != 0;
+            scripts.clear();
         }
         for (const std::string& script : scripts) {
             if (script == "-") {

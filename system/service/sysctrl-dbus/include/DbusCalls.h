@@ -1,0 +1,134 @@
+#ifndef SYSCTRL_DBUS_DBUSCALLS_H
+#define SYSCTRL_DBUS_DBUSCALLS_H
+
+#include <functional>
+#include <shared_mutex>
+#include <string>
+#include <vector>
+
+#include <sdbus-c++/sdbus-c++.h>
+
+#include "ClientInterface.h"
+#include "ServiceInterface.h"
+#include "frame/MsgIds.h"
+#include "frame/TransportInfo.h"
+
+namespace sysctrlservice {
+namespace dbus {
+
+// The names scripts rely on.
+extern const char kBusName[];     // zorbel.lm.sysctrlservice
+extern const char kObjectPath[];  // /zorbel/lm/sysctrlservice
+extern const char kInterface[];   // zorbel.lm.sysctrlservice1
+
+// One callback of ClientInterface as a signal: its name, the names of its arguments after the
+// identifiers and their D-Bus signature.
+struct SignalSpec {
+    std::string name;
+    std::vector<std::string> argNames;
+    std::string signature;
+};
+
+// Writes a callback's arguments into a message.
+typedef std::function<void(sdbus::Message& message)> ArgumentWriter;
+
+// Calls one operation with arguments already read from the bus; returns its status.
+typedef std::function<int(ServiceInterface& service, frame::MsgIds& msgIds,
+                          const frame::TransportInfo& transport)>
+    Work;
+
+// One operation as a method: its name, its input arguments, the signal of its result (null when it
+// delivers none to the caller) and the reader that turns a call's arguments into the work. The
+// bus library has checked the call's signature against `inSignature` before `read` runs.
+struct MethodSpec {
+    std::string name;
+    std::vector<std::string> inNames;
+    std::string inSignature;
+    const SignalSpec* result;
+    std::function<Work(sdbus::MethodCall& call)> read;
+};
+
+// Every operation that carries MsgIds and TransportInfo, in the interface's order.
+const std::vector<MethodSpec>& methods();
+// Every callback, in the interface's order.
+const std::vector<const SignalSpec*>& signals();
+
+// Receives every callback of the bridge's client, on whatever thread the service calls it.
+class ResultSink {
+  public:
+    virtual ~ResultSink() = default;
+    virtual void onResult(const SignalSpec& signal, const frame::MsgIds& msgIds,
+                          const ArgumentWriter& write) = 0;
+};
+
+// The bridge's client object: forwards each callback to the sink until detached. Detaching waits
+// for deliveries in progress, so that the sink may go away afterwards even though the service
+// still holds the client.
+class BridgeClient : public ClientInterface {
+  public:
+    explicit BridgeClient(ResultSink* sink) : m_sink(sink) {}
+    void detach();
+
+    void reinitCredentialsResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                                 int code) override;
+    void controlIicResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                          const std::string& result) override;
+    void writeEaromResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                          const std::string& result) override;
+    void readEaromResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                         const std::string& data) override;
+    void getEaromSizeResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                            const std::string& size) override;
+    void controlOpcResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                          const std::string& result) override;
+    void setGpioResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                       const std::string& result) override;
+    void getGpioResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                       const std::string& result) override;
+    void controlAntennaResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                              const std::string& result) override;
+    void executeZoshellResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                              const std::string& result) override;
+    void controlFarFieldResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                               const std::string& result, const std::string& resultData) override;
+    void oledMaintResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                         int result) override;
+    void setOledLeaEnableResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                                unsigned char state) override;
+    void setOledCpcEnableResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                                unsigned char state) override;
+    void getChipIDResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                         const std::string& chipId) override;
+    void requestOptimeInfoResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                                 const OptimeInfo& info) override;
+    void oledErrorResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                         int errorMask) override;
+    void controlHdmiResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                           const std::string& result) override;
+    void controlUartResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                           const std::string& result, const std::string& resultData) override;
+    void setLnbPowerResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                           int result) override;
+    void oledPanelInfoResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                             const std::vector<int>& info) override;
+    void getPanelVersionResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                               const std::string& version) override;
+    void burnFusesResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                         int code) override;
+    void requestFuseInfoResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                               const std::vector<fuseitemcontent1_t>& items) override;
+    void getYTSignatureResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                              const std::string& signature) override;
+
+  private:
+    template <typename Signal, typename... Values>
+    void forward(const Signal& signal, const frame::MsgIds& msgIds, const Values&... values);
+
+    std::shared_mutex m_mutex;
+    ResultSink* m_sink;
+};
+
+}  // namespace dbus
+}  // namespace sysctrlservice
+
+#endif

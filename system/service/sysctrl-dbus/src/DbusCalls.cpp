@@ -1,0 +1,308 @@
+// The remote interface as D-Bus methods and signals: one line per operation and per callback.
+#include "DbusCalls.h"
+
+#include <memory>
+#include <mutex>
+#include <tuple>
+#include <type_traits>
+#include <utility>
+
+#include "DbusWire.h"
+
+namespace sysctrlservice {
+namespace dbus {
+
+const char kBusName[] = "zorbel.lm.sysctrlservice";
+const char kObjectPath[] = "/zorbel/lm/sysctrlservice";
+const char kInterface[] = "zorbel.lm.sysctrlservice1";
+
+namespace {
+
+// A callback's signal, typed by the wire types of its arguments.
+template <typename... Wire>
+struct ResultSignal : SignalSpec {
+    ResultSignal(const char* name, std::vector<std::string> names)
+        : SignalSpec{name, std::move(names), signatureOf<Wire...>()} {}
+
+    ArgumentWriter writer(const typename Wire::Value&... values) const {
+        auto bus = std::make_shared<std::tuple<typename Wire::Bus...>>(Wire::out(values)...);
+        return [bus](sdbus::Message& message) {
+            std::apply([&message](const auto&... value) { (message << ... << value); }, *bus);
+        };
+    }
+};
+
+// Every callback, with the names of its arguments as the interface declares them.
+struct Signals {
+    ResultSignal<Int> reinitCredentials{"ReinitCredentialsResult", {"code"}};
+    ResultSignal<Text> controlIic{"ControlIicResult", {"result"}};
+    ResultSignal<Text> writeEarom{"WriteEaromResult", {"result"}};
+    ResultSignal<Bytes> readEarom{"ReadEaromResult", {"data"}};
+    ResultSignal<Text> getEaromSize{"GetEaromSizeResult", {"size"}};
+    ResultSignal<Text> controlOpc{"ControlOpcResult", {"result"}};
+    ResultSignal<Text> setGpio{"SetGpioResult", {"result"}};
+    ResultSignal<Text> getGpio{"GetGpioResult", {"result"}};
+    ResultSignal<Text> controlAntenna{"ControlAntennaResult", {"result"}};
+    ResultSignal<Text> executeZoshell{"ExecuteZoshellResult", {"result"}};
+    ResultSignal<Text, Text> controlFarField{"ControlFarFieldResult", {"result", "resultData"}};
+    ResultSignal<Int> oledMaint{"OledMaintResult", {"result"}};
+    ResultSignal<Byte> setOledLeaEnable{"SetOledLeaEnableResult", {"state"}};
+    ResultSignal<Byte> setOledCpcEnable{"SetOledCpcEnableResult", {"state"}};
+    ResultSignal<Bytes> getChipID{"GetChipIDResult", {"chipId"}};
+    ResultSignal<Optime> requestOptimeInfo{"RequestOptimeInfoResult", {"info"}};
+    ResultSignal<Int> oledError{"OledErrorResult", {"errorMask"}};
+    ResultSignal<Text> controlHdmi{"ControlHdmiResult", {"result"}};
+    ResultSignal<Text, Text> controlUart{"ControlUartResult", {"result", "resultData"}};
+    ResultSignal<Int> setLnbPower{"SetLnbPowerResult", {"result"}};
+    ResultSignal<IntList> oledPanelInfo{"OledPanelInfoResult", {"info"}};
+    ResultSignal<Text> getPanelVersion{"GetPanelVersionResult", {"version"}};
+    ResultSignal<Int> burnFuses{"BurnFusesResult", {"code"}};
+    ResultSignal<FuseItems> requestFuseInfo{"RequestFuseInfoResult", {"items"}};
+    ResultSignal<Bytes> getYTSignature{"GetYTSignatureResult", {"signature"}};
+};
+
+const Signals& typedSignals() {
+    static const Signals instance;
+    return instance;
+}
+
+template <typename... Wire, size_t... Index>
+std::tuple<typename Wire::Value...> readArguments(sdbus::MethodCall& call,
+                                                  std::index_sequence<Index...>) {
+    std::tuple<typename Wire::Bus...> bus;
+    // A left fold reads the arguments in their order.
+    (void)(call >> ... >> std::get<Index>(bus));
+    return std::tuple<typename Wire::Value...>(Wire::in(std::get<Index>(bus))...);
+}
+
+// Binds an operation to its method: the wire types say how each argument travels and must match
+// the operation's parameters one for one.
+template <typename... Wire, typename... Params>
+MethodSpec method(const char* name, std::vector<std::string> names,
+                  int (ServiceInterface::*operation)(frame::MsgIds&, const frame::TransportInfo&,
+                                                     Params...),
+                  const SignalSpec* result = nullptr) {
+    static_assert(sizeof...(Wire) == sizeof...(Params), "one wire type per parameter");
+    static_assert((std::is_same_v<typename Wire::Value, std::decay_t<Params>> && ...),
+                  "each wire type carries its parameter's type");
+    return MethodSpec{
+        name, std::move(names), signatureOf<Wire...>(), result,
+        [operation](sdbus::MethodCall& call) -> Work {
+            auto values = readArguments<Wire...>(call, std::index_sequence_for<Wire...>());
+            return [operation, values](ServiceInterface& service, frame::MsgIds& msgIds,
+                                       const frame::TransportInfo& transport) {
+                return std::apply(
+                    [&](const auto&... value) {
+                        return (service.*operation)(msgIds, transport, value...);
+                    },
+                    values);
+            };
+        }};
+}
+
+using SI = ServiceInterface;
+typedef EnumInt<CaptureType_t> CaptureType;
+typedef EnumInt<PowerMode_t> PowerMode;
+
+}  // namespace
+
+const std::vector<MethodSpec>& methods() {
+    const Signals& s = typedSignals();
+    static const std::vector<MethodSpec> table = {
+        method<Unsigned>("RequestFuseInfo", {"selector"}, &SI::requestFuseInfo, &s.requestFuseInfo),
+        method<FuseItems>("BurnFuses", {"items"}, &SI::burnFuses, &s.burnFuses),
+        method<Int>("ReinitCredentials", {"mode"}, &SI::reinitCredentials, &s.reinitCredentials),
+        method<Text>("ControlHdmi", {"command"}, &SI::controlHdmi, &s.controlHdmi),
+        method<Text>("ControlIic", {"command"}, &SI::controlIic, &s.controlIic),
+        method<Int, Unsigned>("ReadEarom", {"offset", "length"}, &SI::readEarom, &s.readEarom),
+        method<Int, Bytes>("WriteEarom", {"offset", "data"}, &SI::writeEarom, &s.writeEarom),
+        method<>("GetEaromSize", {}, &SI::getEaromSize, &s.getEaromSize),
+        method<Text>("ControlOpc", {"command"}, &SI::controlOpc, &s.controlOpc),
+        method<Text>("SetGpio", {"command"}, &SI::setGpio, &s.setGpio),
+        method<Text>("GetGpio", {"command"}, &SI::getGpio, &s.getGpio),
+        method<Text>("ControlAntenna", {"command"}, &SI::controlAntenna, &s.controlAntenna),
+        method<Text>("ExecuteZoshell", {"command"}, &SI::executeZoshell, &s.executeZoshell),
+        method<Text, Text>("ControlUart", {"command", "data"}, &SI::controlUart, &s.controlUart),
+        method<Text, Text, CaptureType>("CmdCaptureScreen", {"path", "name", "type"},
+                                        &SI::cmdCaptureScreen),
+        method<PowerMode>("ControlPowerMode", {"mode"}, &SI::controlPowerMode),
+        method<Int>("SetBootEnvDbtable", {"value"}, &SI::setBootEnvDbtable),
+        method<Int>("ControlComEnabled", {"value"}, &SI::controlComEnabled),
+        method<>("RestartSystem", {}, &SI::restartSystem),
+        method<Int>("SetLnbPower", {"value"}, &SI::setLnbPower, &s.setLnbPower),
+        method<Int>("SetRemoteControlCode", {"value"}, &SI::setRemoteControlCode),
+        method<Int>("SetKeypadLock", {"value"}, &SI::setKeypadLock),
+        method<Int>("SetQuentaRCSwitch", {"value"}, &SI::setQuentaRCSwitch),
+        method<Int>("CtrlLedFlicker", {"flag"}, &SI::ctrlLedFlicker),
+        method<Int>("CtrluseCaseShow", {"usecase"}, &SI::ctrluseCaseShow),
+        method<Int>("CtrluseCaseHide", {"usecase"}, &SI::ctrluseCaseHide),
+        method<Int>("CtrlGpioState", {"state"}, &SI::ctrlGpioState),
+        method<Int, Int, Int>("CtrlLedColorState", {"ledColor", "ledStatus", "flashPwm"},
+                              &SI::ctrlLedColorState),
+        method<Int>("CtrlLogoLedGpioStatus", {"status"}, &SI::ctrlLogoLedGpioStatus),
+        method<Int>("ControlUartState", {"value"}, &SI::controlUartState),
+        // The run's result comes later, as the unsolicited OledMaintResult signal.
+        method<Unsigned>("ControlOledMaint", {"flag"}, &SI::controlOledMaint),
+        // The panel information comes as the unsolicited OledPanelInfoResult signal.
+        method<>("RequestOledPanelInfo", {}, &SI::requestOledPanelInfo),
+        method<Byte>("SetOledLeaEnable", {"enable"}, &SI::setOledLeaEnable, &s.setOledLeaEnable),
+        method<Byte>("SetOledCpcEnable", {"enable"}, &SI::setOledCpcEnable, &s.setOledCpcEnable),
+        method<Text, Text>("ControlFarField", {"command", "data"}, &SI::controlFarField,
+                           &s.controlFarField),
+        method<Int, Text>("RegisterFarFieldCallback", {"id", "name"},
+                          &SI::registerFarFieldCallback),
+        method<Int>("UnregisterFarFieldCallback", {"id"}, &SI::unregisterFarFieldCallback),
+        method<>("GetPanelVersion", {}, &SI::getPanelVersion, &s.getPanelVersion),
+        method<>("GetChipID", {}, &SI::getChipID, &s.getChipID),
+        method<Bytes, Unsigned, Unsigned>("GetYTSignature",
+                                          {"message", "reserved", "signatureLength"},
+                                          &SI::getYTSignature, &s.getYTSignature),
+        method<Int, Int>("SetGpioStatus", {"gpio", "value"}, &SI::setGpioStatus),
+        method<Int, Int>("SetOsdOpacity", {"window", "opacity"}, &SI::setOsdOpacity),
+        method<Int>("GetOsdOpacity", {"window"}, &SI::getOsdOpacity),
+        method<Int>("SetQuietBootFlag", {"flag"}, &SI::setQuietBootFlag),
+        method<Int>("ControlPanelPower", {"off"}, &SI::controlPanelPower),
+        method<>("RequestOptimeInfo", {}, &SI::requestOptimeInfo, &s.requestOptimeInfo),
+        method<>("StartOledAs", {}, &SI::startOledAs),
+        method<Unsigned, Unsigned, Unsigned, Unsigned>(
+            "SaveOledManualGain", {"gain0", "gain1", "gain2", "gain3"}, &SI::saveOledManualGain),
+        method<Unsigned, Unsigned>("SetOledManualGainSetting", {"index", "value"},
+                                   &SI::setOledManualGainSetting),
+        method<Unsigned>("GetOledManualGainSetting", {"index"}, &SI::getOledManualGainSetting),
+        method<Int>("SetOledManualGainEnable", {"enable"}, &SI::setOledManualGainEnable),
+        method<>("GetOledManualGainEnable", {}, &SI::getOledManualGainEnable),
+    };
+    return table;
+}
+
+const std::vector<const SignalSpec*>& signals() {
+    const Signals& s = typedSignals();
+    static const std::vector<const SignalSpec*> list = {
+        &s.reinitCredentials, &s.controlIic,       &s.writeEarom,      &s.readEarom,
+        &s.getEaromSize,      &s.controlOpc,       &s.setGpio,         &s.getGpio,
+        &s.controlAntenna,    &s.executeZoshell,   &s.controlFarField, &s.oledMaint,
+        &s.setOledLeaEnable,  &s.setOledCpcEnable, &s.getChipID,       &s.requestOptimeInfo,
+        &s.oledError,         &s.controlHdmi,      &s.controlUart,     &s.setLnbPower,
+        &s.oledPanelInfo,     &s.getPanelVersion,  &s.burnFuses,       &s.requestFuseInfo,
+        &s.getYTSignature,
+    };
+    return list;
+}
+
+// BridgeClient
+
+void BridgeClient::detach() {
+    std::unique_lock<std::shared_mutex> lock(m_mutex);
+    m_sink = nullptr;
+}
+
+template <typename Signal, typename... Values>
+void BridgeClient::forward(const Signal& signal, const frame::MsgIds& msgIds,
+                           const Values&... values) {
+    std::shared_lock<std::shared_mutex> lock(m_mutex);
+    if (m_sink != nullptr) {
+        m_sink->onResult(signal, msgIds, signal.writer(values...));
+    }
+}
+
+void BridgeClient::reinitCredentialsResult(frame::MsgIds& msgIds, const frame::TransportInfo&,
+                                           int code) {
+    forward(typedSignals().reinitCredentials, msgIds, code);
+}
+void BridgeClient::controlIicResult(frame::MsgIds& msgIds, const frame::TransportInfo&,
+                                    const std::string& result) {
+    forward(typedSignals().controlIic, msgIds, result);
+}
+void BridgeClient::writeEaromResult(frame::MsgIds& msgIds, const frame::TransportInfo&,
+                                    const std::string& result) {
+    forward(typedSignals().writeEarom, msgIds, result);
+}
+void BridgeClient::readEaromResult(frame::MsgIds& msgIds, const frame::TransportInfo&,
+                                   const std::string& data) {
+    forward(typedSignals().readEarom, msgIds, data);
+}
+void BridgeClient::getEaromSizeResult(frame::MsgIds& msgIds, const frame::TransportInfo&,
+                                      const std::string& size) {
+    forward(typedSignals().getEaromSize, msgIds, size);
+}
+void BridgeClient::controlOpcResult(frame::MsgIds& msgIds, const frame::TransportInfo&,
+                                    const std::string& result) {
+    forward(typedSignals().controlOpc, msgIds, result);
+}
+void BridgeClient::setGpioResult(frame::MsgIds& msgIds, const frame::TransportInfo&,
+                                 const std::string& result) {
+    forward(typedSignals().setGpio, msgIds, result);
+}
+void BridgeClient::getGpioResult(frame::MsgIds& msgIds, const frame::TransportInfo&,
+                                 const std::string& result) {
+    forward(typedSignals().getGpio, msgIds, result);
+}
+void BridgeClient::controlAntennaResult(frame::MsgIds& msgIds, const frame::TransportInfo&,
+                                        const std::string& result) {
+    forward(typedSignals().controlAntenna, msgIds, result);
+}
+void BridgeClient::executeZoshellResult(frame::MsgIds& msgIds, const frame::TransportInfo&,
+                                        const std::string& result) {
+    forward(typedSignals().executeZoshell, msgIds, result);
+}
+void BridgeClient::controlFarFieldResult(frame::MsgIds& msgIds, const frame::TransportInfo&,
+                                         const std::string& result, const std::string& resultData) {
+    forward(typedSignals().controlFarField, msgIds, result, resultData);
+}
+void BridgeClient::oledMaintResult(frame::MsgIds& msgIds, const frame::TransportInfo&, int result) {
+    forward(typedSignals().oledMaint, msgIds, result);
+}
+void BridgeClient::setOledLeaEnableResult(frame::MsgIds& msgIds, const frame::TransportInfo&,
+                                          unsigned char state) {
+    forward(typedSignals().setOledLeaEnable, msgIds, state);
+}
+void BridgeClient::setOledCpcEnableResult(frame::MsgIds& msgIds, const frame::TransportInfo&,
+                                          unsigned char state) {
+    forward(typedSignals().setOledCpcEnable, msgIds, state);
+}
+void BridgeClient::getChipIDResult(frame::MsgIds& msgIds, const frame::TransportInfo&,
+                                   const std::string& chipId) {
+    forward(typedSignals().getChipID, msgIds, chipId);
+}
+void BridgeClient::requestOptimeInfoResult(frame::MsgIds& msgIds, const frame::TransportInfo&,
+                                           const OptimeInfo& info) {
+    forward(typedSignals().requestOptimeInfo, msgIds, info);
+}
+void BridgeClient::oledErrorResult(frame::MsgIds& msgIds, const frame::TransportInfo&,
+                                   int errorMask) {
+    forward(typedSignals().oledError, msgIds, errorMask);
+}
+void BridgeClient::controlHdmiResult(frame::MsgIds& msgIds, const frame::TransportInfo&,
+                                     const std::string& result) {
+    forward(typedSignals().controlHdmi, msgIds, result);
+}
+void BridgeClient::controlUartResult(frame::MsgIds& msgIds, const frame::TransportInfo&,
+                                     const std::string& result, const std::string& resultData) {
+    forward(typedSignals().controlUart, msgIds, result, resultData);
+}
+void BridgeClient::setLnbPowerResult(frame::MsgIds& msgIds, const frame::TransportInfo&,
+                                     int result) {
+    forward(typedSignals().setLnbPower, msgIds, result);
+}
+void BridgeClient::oledPanelInfoResult(frame::MsgIds& msgIds, const frame::TransportInfo&,
+                                       const std::vector<int>& info) {
+    forward(typedSignals().oledPanelInfo, msgIds, info);
+}
+void BridgeClient::getPanelVersionResult(frame::MsgIds& msgIds, const frame::TransportInfo&,
+                                         const std::string& version) {
+    forward(typedSignals().getPanelVersion, msgIds, version);
+}
+void BridgeClient::burnFusesResult(frame::MsgIds& msgIds, const frame::TransportInfo&, int code) {
+    forward(typedSignals().burnFuses, msgIds, code);
+}
+void BridgeClient::requestFuseInfoResult(frame::MsgIds& msgIds, const frame::TransportInfo&,
+                                         const std::vector<fuseitemcontent1_t>& items) {
+    forward(typedSignals().requestFuseInfo, msgIds, items);
+}
+void BridgeClient::getYTSignatureResult(frame::MsgIds& msgIds, const frame::TransportInfo&,
+                                        const std::string& signature) {
+    forward(typedSignals().getYTSignature, msgIds, signature);
+}
+
+}  // namespace dbus
+}  // namespace sysctrlservice
