@@ -42,7 +42,9 @@ constexpr int32_t kMsgIdsTag = 0x44427573;  // "DBus"
 // operating-time reports); the callback's thread emits the signal and, when the callback answers a
 // pending call, sends that call's reply. sdbus-c++ makes sending replies and emitting signals safe
 // from any thread. A timer thread answers calls whose result does not come in time. One mutex
-// guards the pending calls; no operation, callback or bus send runs while it is held.
+// guards the queue and the pending calls; no operation, callback or bus send runs while it is held,
+// and no message is copied or freed under it (sdbus-c++ takes its own lock for that, which the bus
+// thread holds while it hands a call over).
 class DbusBridge : public ResultSink {
   public:
     struct Options {
@@ -84,7 +86,9 @@ class DbusBridge : public ResultSink {
 
     void registerObject();
     void receive(const MethodSpec& method, sdbus::MethodCall call);
-    void run(const MethodSpec& method, const sdbus::MethodCall& call, const Work& work,
+    typedef std::map<int32_t, Pending>::node_type PendingNode;
+
+    void run(const MethodSpec& method, sdbus::MethodCall call, const Work& work,
              ServiceInterface& service);
     // Sends the reply of a call whose status and, when it has one, result are known.
     void reply(const Pending& pending);

@@ -151,31 +151,38 @@ void DbusBridge::receive(const MethodSpec& method, sdbus::MethodCall call) {
                                kServiceInterfaceName);
     }
     Work work = method.read(call);
+    // Messages are copied and freed only outside m_mutex: sdbus-c++ takes its own lock for that,
+    // which the bus thread holds while it runs this function.
+    std::function<void()> job = [this, &method, call = std::move(call), work = std::move(work),
+                                 target]() mutable { run(method, std::move(call), work, *target); };
     {
         std::lock_guard<std::mutex> lock(m_mutex);
-        m_queue.push_back([this, &method, call, work = std::move(work), target] {
-            run(method, call, work, *target);
-        });
+        m_queue.push_back(std::move(job));
     }
     m_workReady.notify_one();
 }
 
 // On a worker.
-void DbusBridge::run(const MethodSpec& method, const sdbus::MethodCall& call, const Work& work,
+void DbusBridge::run(const MethodSpec& method, sdbus::MethodCall call, const Work& work,
                      ServiceInterface& service) {
     int32_t id = 0;
     {
         std::lock_guard<std::mutex> lock(m_mutex);
         m_lastCall = m_lastCall == INT32_MAX ? 1 : m_lastCall + 1;
         id = m_lastCall;
-        if (method.result != nullptr) {
-            const bool wasEmpty = m_pending.empty();
-            const auto deadline = std::chrono::steady_clock::now() + m_options.timeout;
-            m_pending.emplace(id, Pending{call, &method, deadline, false, 0, nullptr});
-            if (wasEmpty) {
-                // Later deadlines never come before the one the timer already waits for.
-                m_timerWake.notify_one();
-            }
+    }
+    if (method.result != nullptr) {
+        const auto deadline = std::chrono::steady_clock::now() + m_options.timeout;
+        Pending entry{std::move(call), &method, deadline, false, 0, nullptr};
+        bool wasEmpty = false;
+        {
+            std::lock_guard<std::mutex> lock(m_mutex);
+            wasEmpty = m_pending.empty();
+            m_pending.emplace(id, std::move(entry));
+        }
+        if (wasEmpty) {
+            // Later deadlines never come before the one the timer already waits for.
+            m_timerWake.notify_one();
         }
     }
     frame::MsgIds msgIds{{id, kMsgIdsTag}};
@@ -183,8 +190,12 @@ void DbusBridge::run(const MethodSpec& method, const sdbus::MethodCall& call, co
     DBUS_LOG(LOG_TRACE, "%s:%d:%s(): %s, call %d.\n", method.name.c_str(), id);
     const int status = work(service, msgIds, transport);
 
-    Pending done{call, &method, {}, true, status, nullptr};
-    if (method.result != nullptr) {
+    if (method.result == nullptr) {
+        reply(Pending{std::move(call), &method, {}, true, status, nullptr});
+        return;
+    }
+    PendingNode done;
+    {
         std::lock_guard<std::mutex> lock(m_mutex);
         const auto found = m_pending.find(id);
         if (found == m_pending.end()) {
@@ -195,16 +206,15 @@ void DbusBridge::run(const MethodSpec& method, const sdbus::MethodCall& call, co
         if (!found->second.result && status >= 0) {
             return;  // the result comes later, from another thread, or the timer answers
         }
-        done = std::move(found->second);
-        m_pending.erase(found);
+        done = m_pending.extract(found);
     }
-    if (method.result != nullptr && !done.result) {
+    if (!done.mapped().result) {
         replyError(
-            call, kErrorFailed,
+            done.mapped().call, kErrorFailed,
             method.name + " returned " + std::to_string(status) + " and delivered no result");
         return;
     }
-    reply(done);
+    reply(done.mapped());
 }
 
 // On whatever thread the service calls back.
@@ -224,7 +234,7 @@ void DbusBridge::onResult(const SignalSpec& signal, const frame::MsgIds& msgIds,
     if (msgIds.word[1] != kMsgIdsTag) {
         return;
     }
-    Pending done;
+    PendingNode done;
     {
         std::lock_guard<std::mutex> lock(m_mutex);
         const auto found = m_pending.find(msgIds.word[0]);
@@ -236,10 +246,9 @@ void DbusBridge::onResult(const SignalSpec& signal, const frame::MsgIds& msgIds,
         if (!found->second.haveStatus) {
             return;  // the operation has not returned yet; it sends the reply
         }
-        done = std::move(found->second);
-        m_pending.erase(found);
+        done = m_pending.extract(found);
     }
-    reply(done);
+    reply(done.mapped());
 }
 
 void DbusBridge::reply(const Pending& pending) {
@@ -331,22 +340,22 @@ void DbusBridge::timerLoop() {
         if (m_timerWake.wait_until(lock, earliest) != std::cv_status::timeout) {
             continue;
         }
-        std::vector<Pending> expired;
+        std::vector<PendingNode> expired;
         const auto now = std::chrono::steady_clock::now();
         for (auto entry = m_pending.begin(); entry != m_pending.end();) {
-            if (entry->second.deadline > now) {
-                ++entry;
-                continue;
+            const auto next = std::next(entry);
+            if (entry->second.deadline <= now) {
+                expired.push_back(m_pending.extract(entry));
             }
-            expired.push_back(std::move(entry->second));
-            entry = m_pending.erase(entry);
+            entry = next;
         }
         lock.unlock();
-        for (const Pending& pending : expired) {
-            replyError(pending.call, kErrorTimeout,
-                       pending.method->name + ": no result within " +
+        for (const PendingNode& node : expired) {
+            replyError(node.mapped().call, kErrorTimeout,
+                       node.mapped().method->name + ": no result within " +
                            std::to_string(m_options.timeout.count()) + " ms");
         }
+        expired.clear();
         lock.lock();
     }
 }
