@@ -5,7 +5,8 @@
 set -eu
 
 packages="cmake ninja-build g++ make pkg-config libboost-dev libpng-dev libgtest-dev libgmock-dev \
-libbenchmark-dev nlohmann-json3-dev pngcheck coreutils dpkg-dev file"
+libbenchmark-dev nlohmann-json3-dev pngcheck coreutils dpkg-dev file \
+libsdbus-c++-dev libsdbus-c++-bin dbus libglib2.0-bin python3 python3-dbus util-linux"
 if [ "${1:-}" = --arm ]; then
     packages="$packages g++-arm-linux-gnueabihf g++-aarch64-linux-gnu qemu-user"
 fi
