@@ -55,8 +55,8 @@ int main(int argc, char** argv) {
     std::vector<std::vector<double>> latencies(callers);
     std::vector<std::thread> threads;
     const Clock::time_point start = Clock::now();
-    const Clock::time_point end = start + std::chrono::duration_cast<Clock::duration>(
-                                              std::chrono::duration<double>(seconds));
+    const Clock::time_point end =
+        start + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds));
     for (int c = 0; c < callers; ++c) {
         threads.emplace_back([&, c] {
             auto proxy = sdbus::createProxy(
