@@ -63,6 +63,17 @@ endfunction()
 sysctrl_install_binaries(COMPONENT service DESTINATION ${SYSCTRL_PLUGIN_DIR}
     TARGETS app-sysctrlservice-impl)
 
+# The D-Bus bridge: its plug-in beside the service's, the system bus's policy for it and the
+# interface's description for tools.
+if(SYSCTRL_DBUS)
+    sysctrl_install_binaries(COMPONENT dbus DESTINATION ${SYSCTRL_PLUGIN_DIR}
+        TARGETS app-sysctrl-dbus)
+    install(FILES ${SYSCTRL_DBUS_POLICY}
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/dbus-1/system.d COMPONENT dbus)
+    install(FILES ${SYSCTRL_DBUS_XML}
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/dbus-1/interfaces COMPONENT dbus)
+endif()
+
 # Development files: sysctrlservice::interface, which also links the platform runtime (on a PC
 # from the desk-host kit, on a board the framework's), and sysctrlservice::platform-headers.
 install(DIRECTORY system/service/sysctrlservice/interface/

@@ -2,6 +2,7 @@
 #   sysctrlservice           the plug-in
 #   sysctrlservice-dev       the development files
 #   sysctrlservice-deskhost  the desk-host kit, for a PC only
+#   sysctrlservice-dbus      the D-Bus bridge plug-in with its bus policy
 #   sysctrlservice-dbg       the debug information of the binaries in the others
 # Dependencies on shared libraries are computed by dpkg-shlibdeps; for a cross build it reads the
 # target's shlibs and symbols files from the sysroot (scripts/make-sysroot.sh).
@@ -55,6 +56,14 @@ sysctrl_package(COMPONENT dev NAME sysctrlservice-dev PACKAGE_DEPENDS "libboost-
     DESCRIPTION "System-control service: development files
 Headers of the remote interface (ServiceInterface, ClientInterface) and of the platform they
 use, the CMake package sysctrlservice and the pkg-config file sysctrlservice.pc.")
+
+if(SYSCTRL_DBUS)
+    sysctrl_package(COMPONENT dbus NAME sysctrlservice-dbus DEPENDS service PACKAGE_DEPENDS "dbus"
+        DESCRIPTION "System-control service: D-Bus bridge (framework plug-in)
+The plug-in libapp-sysctrl-dbus.so, loaded beside the service, which serves every operation as
+zorbel.lm.sysctrlservice1 on the system bus, with the bus policy that limits the factory and
+provisioning operations to root and the sysctrl-factory group.")
+endif()
 
 if(NOT CMAKE_CROSSCOMPILING)
     sysctrl_package(COMPONENT deskhost NAME sysctrlservice-deskhost DEPENDS service dev

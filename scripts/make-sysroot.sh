@@ -13,7 +13,8 @@ sysroot=$(realpath "$2")
 # The target's runtime (libc, libgcc, libstdc++) and the -dev packages the build and the tests use.
 # libboost-dev is a metapackage and is replaced by the versioned package it names.
 packages="libc6 libgcc-s1 libstdc++6 zlib1g zlib1g-dev libpng16-16 libpng-dev libboost-dev \
-libgtest-dev libgmock-dev nlohmann-json3-dev"
+libgtest-dev libgmock-dev nlohmann-json3-dev \
+libsdbus-c++-dev libsdbus-c++1 libsystemd0 libcap2 libgcrypt20 libgpg-error0 liblzma5 libzstd1 liblz4-1"
 
 state=$sysroot-apt
 mkdir -p "$state/lists/partial" "$state/archives/partial" "$state/debs"
