@@ -93,11 +93,12 @@ install(FILES ${PROJECT_BINARY_DIR}/sysctrlserviceConfig.cmake
 sysctrl_install_pkgconfig(sysctrlservice dev)
 
 # The desk-host kit: sysctrlservice::platform (the PC runtime, libzoplatform) and
-# sysctrlservice::sim (the simulated set, a static library) with their headers, and sysctrl-sim.
+# sysctrlservice::sim (the simulated set, a static library) and sysctrlservice::recording-client
+# (a client that records its callbacks) with their headers, and sysctrl-sim.
 sysctrl_install_binaries(COMPONENT deskhost DESTINATION ${CMAKE_INSTALL_LIBDIR}
     EXPORT sysctrlserviceDeskHostTargets TARGETS zoplatform)
 sysctrl_install_binaries(COMPONENT deskhost DESTINATION ${CMAKE_INSTALL_BINDIR} TARGETS sysctrl-sim)
-install(TARGETS zosim EXPORT sysctrlserviceDeskHostTargets
+install(TARGETS zosim sysctrl-recording-client EXPORT sysctrlserviceDeskHostTargets
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT deskhost)
 # A test double's archive: its debug information (most of its size) is not kept.
 install(CODE "execute_process(COMMAND \"${CMAKE_STRIP}\" --strip-debug
@@ -108,6 +109,8 @@ install(DIRECTORY platform/host/include/
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zoplatform COMPONENT deskhost)
 install(DIRECTORY platform/sim/include/
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zosim COMPONENT deskhost)
+install(FILES tools/recording-client/RecordingClient.h
+    DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/sysctrl-recording-client COMPONENT deskhost)
 install(EXPORT sysctrlserviceDeskHostTargets NAMESPACE sysctrlservice::
     DESTINATION ${SYSCTRL_CMAKE_DIR} COMPONENT deskhost)
 sysctrl_install_pkgconfig(sysctrlservice-deskhost deskhost)

@@ -69,9 +69,9 @@ if(NOT CMAKE_CROSSCOMPILING)
     sysctrl_package(COMPONENT deskhost NAME sysctrlservice-deskhost DEPENDS service dev
         PACKAGE_DEPENDS "nlohmann-json3-dev (>= 3)"
         DESCRIPTION "System-control service: desk-host kit for a PC
-The platform runtime for a PC (libzoplatform), the simulated television set (libzosim, with
-its CMake targets and pkg-config file) and the desk host sysctrl-sim, which runs the plug-in on
-the simulated set.")
+The platform runtime for a PC (libzoplatform), the simulated television set (libzosim) and a
+recording client (libsysctrl-recording-client), with their CMake targets and pkg-config file,
+and the desk host sysctrl-sim, which runs the plug-in on the simulated set.")
 endif()
 
 set(CPACK_DEBIAN_DEBUG_PACKAGE_NAME sysctrlservice-dbg)

@@ -6,8 +6,8 @@
 #include <iostream>
 
 #include "ServiceInterface.h"
+#include "RecordingClient.h"
 #include "frame/AbstractApplication.h"
-#include "sim/RecordingClient.h"
 #include "sim/SimSet.h"
 
 namespace {

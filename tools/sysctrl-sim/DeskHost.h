@@ -14,7 +14,7 @@
 #include "ScriptLexer.h"
 #include "ServiceInterface.h"
 #include "frame/AbstractApplication.h"
-#include "sim/RecordingClient.h"
+#include "RecordingClient.h"
 #include "sim/SimSet.h"
 
 namespace desk {

@@ -1,4 +1,4 @@
-#include "sim/RecordingClient.h"
+#include "RecordingClient.h"
 
 #include "sim/SimSet.h"
 

@@ -1,5 +1,5 @@
-#ifndef SIM_RECORDINGCLIENT_H
-#define SIM_RECORDINGCLIENT_H
+#ifndef TOOLS_RECORDINGCLIENT_H
+#define TOOLS_RECORDINGCLIENT_H
 
 #include <functional>
 #include <mutex>

@@ -1,0 +1,19 @@
+#ifndef SIM_SIMTHREADS_H
+#define SIM_SIMTHREADS_H
+
+#include "sim/SimSet.h"
+#include "zo/Thread.h"
+
+namespace sim {
+
+class SimThreads : public SimObject {
+  public:
+    explicit SimThreads(SimSet& set);
+
+    // Starts the thread unless a script makes the call fail.
+    int create(zo::thread::Entry entry, void* argument, int priority, const char* name);
+};
+
+}  // namespace sim
+
+#endif
