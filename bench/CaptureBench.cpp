@@ -30,7 +30,7 @@
 
 #include <boost/shared_ptr.hpp>
 
-#include "PictureGenerator.h"
+#include "picturegenerator.h"
 #include "zo/host/Host.h"
 #include "zo/port/ScreenCapture.h"
 

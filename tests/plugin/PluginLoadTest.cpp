@@ -27,7 +27,7 @@ TEST(Plugin, ExportsBothEntriesAndRunsOnTheSimulatedSet) {
     EXPECT_EQ(applications[0]->setupDone(), 0);
     EXPECT_EQ(applications[0]->start(), 0);
     auto* service = static_cast<sysctrlservice::ServiceInterface*>(
-        zo::host::lookupInterface("zorbel.lm.interfaces.sysctrlservice"));
+        zo::host::lookupInterface(sysctrlservice::kServiceInterfaceName));
     ASSERT_NE(service, nullptr);
     EXPECT_EQ(service->removeClient(sysctrlservice::ClientInterfacePtr()), -2);
     // Observers on the port objects are the plug-in's own: dynamic casts across the boundary
@@ -41,7 +41,7 @@ TEST(Plugin, ExportsBothEntriesAndRunsOnTheSimulatedSet) {
     EXPECT_EQ(applications[0]->stop(), 0);
     delete applications[0];
     delete[] applications;
-    EXPECT_EQ(zo::host::lookupInterface("zorbel.lm.interfaces.sysctrlservice"), nullptr);
+    EXPECT_EQ(zo::host::lookupInterface(sysctrlservice::kServiceInterfaceName), nullptr);
     zo::host::setDebugSink(nullptr);
     // The set goes first: its event manager holds the plug-in's observers.
 }

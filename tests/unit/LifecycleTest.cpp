@@ -8,8 +8,6 @@ namespace {
 
 using sim::json;
 
-const char kServiceName[] = "zorbel.lm.interfaces.sysctrlservice";
-
 std::vector<std::string> operationsOf(const std::vector<sim::PortCall>& calls) {
     std::vector<std::string> names;
     for (const sim::PortCall& call : calls) {
@@ -30,7 +28,7 @@ std::vector<std::string> observersRegistered(sim::SimSet& sim) {
 class Lifecycle : public ServiceTest {};
 
 TEST_F(Lifecycle, SetupTakesThePortObjectsInOrderAndRegistersTheInterface) {
-    EXPECT_EQ(zo::host::lookupInterface(kServiceName), nullptr);
+    EXPECT_EQ(zo::host::lookupInterface(sysctrlservice::kServiceInterfaceName), nullptr);
     ASSERT_EQ(app().setupDone(), 0);
 
     EXPECT_EQ(operationsOf(sim().journal()),
@@ -41,7 +39,7 @@ TEST_F(Lifecycle, SetupTakesThePortObjectsInOrderAndRegistersTheInterface) {
                   "Factory.getVodState", "Factory.getUart", "Factory.getScreenCapture",
                   "Pier.getEventManager", "Factory.getOledPanel", "Factory.getFarField",
                   "Factory.getOperationHours", "Factory.getRemoteControl"}));
-    EXPECT_EQ(zo::host::lookupInterface(kServiceName),
+    EXPECT_EQ(zo::host::lookupInterface(sysctrlservice::kServiceInterfaceName),
               static_cast<sysctrlservice::ServiceInterface*>(&app()));
     EXPECT_EQ(messages().back(), std::make_pair(uint16_t{4000}, std::string("Called.\n")));
 }
@@ -51,7 +49,7 @@ TEST_F(Lifecycle, BaseSetupFailureStopsBeforeThePier) {
 
     EXPECT_EQ(app().setupDone(), -7);
     EXPECT_TRUE(sim().journal().empty());
-    EXPECT_EQ(zo::host::lookupInterface(kServiceName), nullptr);
+    EXPECT_EQ(zo::host::lookupInterface(sysctrlservice::kServiceInterfaceName), nullptr);
     EXPECT_EQ(
         logsContaining("performSetupDone(): Parent class performSetupDone() returned -7.\n").size(),
         1u);
@@ -62,7 +60,7 @@ TEST_F(Lifecycle, MissingPierFailsWithEnoentAndRegistersNothing) {
     setAbsent("Pier");
 
     EXPECT_EQ(app().setupDone(), -2);
-    EXPECT_EQ(zo::host::lookupInterface(kServiceName), nullptr);
+    EXPECT_EQ(zo::host::lookupInterface(sysctrlservice::kServiceInterfaceName), nullptr);
     ASSERT_EQ(logsContaining("Unable to obtain pier interface: -2.\n").size(), 1u);
     EXPECT_EQ(logs().back().level, 3000);
 }
@@ -137,7 +135,7 @@ TEST_F(Lifecycle, StopTouchesNothingOfItsOwn) {
 
     EXPECT_EQ(app().stop(), 0);
     EXPECT_TRUE(sim().journal().empty());
-    EXPECT_NE(zo::host::lookupInterface(kServiceName), nullptr);
+    EXPECT_NE(zo::host::lookupInterface(sysctrlservice::kServiceInterfaceName), nullptr);
 
     zo::host::setFrameStepResult(zo::host::FrameStep::PerformStopping, -9);
     EXPECT_EQ(app().stop(), -9);
@@ -149,7 +147,7 @@ TEST_F(Lifecycle, DestructionUnregistersTheInterface) {
     clearLogs();
 
     destroyService();
-    EXPECT_EQ(zo::host::lookupInterface(kServiceName), nullptr);
+    EXPECT_EQ(zo::host::lookupInterface(sysctrlservice::kServiceInterfaceName), nullptr);
     ASSERT_FALSE(logs().empty());
     EXPECT_NE(logs().front().text.find("~Application(): Called.\n"), std::string::npos);
 }

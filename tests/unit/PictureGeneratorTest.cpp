@@ -1,6 +1,6 @@
 // The picture writers: the format chosen by name, the PNG, BMP and raw files byte by byte, and
 // their failure paths.
-#include "PictureGenerator.h"
+#include "picturegenerator.h"
 
 #include <unistd.h>
 

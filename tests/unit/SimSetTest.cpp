@@ -15,7 +15,7 @@ using sim::json;
 class SimulatedSet : public ::testing::Test {
   protected:
     zo::port::Pier& pier() {
-        void* found = zo::host::lookupInterface("zorbel.lm.interfaces.port.pier");
+        void* found = zo::host::lookupInterface(zo::port::kPierInterfaceName);
         EXPECT_NE(found, nullptr);
         return *static_cast<zo::port::Pier*>(found);
     }
@@ -94,9 +94,9 @@ TEST_F(SimulatedSet, AbsentObjectsAreNotHandedOut) {
 
     EXPECT_FALSE(m_set.setPresent("clock", false, error));
     ASSERT_TRUE(m_set.setPresent("Pier", false, error)) << error;
-    EXPECT_EQ(zo::host::lookupInterface("zorbel.lm.interfaces.port.pier"), nullptr);
+    EXPECT_EQ(zo::host::lookupInterface(zo::port::kPierInterfaceName), nullptr);
     ASSERT_TRUE(m_set.setPresent("Pier", true, error)) << error;
-    EXPECT_NE(zo::host::lookupInterface("zorbel.lm.interfaces.port.pier"), nullptr);
+    EXPECT_NE(zo::host::lookupInterface(zo::port::kPierInterfaceName), nullptr);
 }
 
 TEST_F(SimulatedSet, ListenerSeesEveryCallInOrder) {

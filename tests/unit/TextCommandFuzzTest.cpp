@@ -5,7 +5,7 @@
 #include <regex>
 
 #include "TextCommandTest.h"
-#include "commandcontrol.h"
+#include "CommandControl.h"
 
 namespace sysctrltest {
 namespace {

@@ -17,8 +17,6 @@ namespace {
 
 using nlohmann::json;
 
-const char kServiceInterfaceName[] = "zorbel.lm.interfaces.sysctrlservice";
-
 const char kHelp[] =
     "life cycle: setup | start | stop | destroy\n"
     "clients:    addClient NAME | removeClient NAME\n"
@@ -151,7 +149,7 @@ std::string DeskHost::mapped(const std::string& path) const {
 
 sysctrlservice::ServiceInterface* DeskHost::service() {
     return static_cast<sysctrlservice::ServiceInterface*>(
-        zo::host::lookupInterface(kServiceInterfaceName));
+        zo::host::lookupInterface(sysctrlservice::kServiceInterfaceName));
 }
 
 boost::shared_ptr<sim::RecordingClient> DeskHost::client(const std::string& name) {

@@ -4,12 +4,6 @@
 #include "zo/host/Host.h"
 
 namespace sim {
-namespace {
-
-const char kPierInterfaceName[] = "zorbel.lm.interfaces.port.pier";
-
-}  // namespace
-
 json PortCall::toEvent() const {
     return json{{"event", "port"}, {"object", object},   {"operation", operation},
                 {"args", args},    {"outputs", outputs}, {"result", result}};
@@ -91,14 +85,14 @@ SimSet::SimSet() : m_objects(new Objects(*this)) {
     };
     hooks.getUtcTime = [objects]() { return objects->clock->getUtcTime(); };
     zo::host::setHooks(hooks);
-    zo::host::registerInterface(kPierInterfaceName,
+    zo::host::registerInterface(zo::port::kPierInterfaceName,
                                 static_cast<zo::port::Pier*>(m_objects->pier.get()));
 }
 
 SimSet::~SimSet() {
     // Threads of the service may still run on the simulated objects.
     zo::host::waitForThreads();
-    zo::host::unregisterInterface(kPierInterfaceName);
+    zo::host::unregisterInterface(zo::port::kPierInterfaceName);
     zo::host::clearHooks();
 }
 
@@ -145,9 +139,9 @@ bool SimSet::setPresent(const std::string& object, bool present, std::string& er
     }
     found->setPresent(present);
     if (found == m_objects->pier.get()) {
-        zo::host::unregisterInterface(kPierInterfaceName);
+        zo::host::unregisterInterface(zo::port::kPierInterfaceName);
         if (present) {
-            zo::host::registerInterface(kPierInterfaceName,
+            zo::host::registerInterface(zo::port::kPierInterfaceName,
                                         static_cast<zo::port::Pier*>(m_objects->pier.get()));
         }
     }

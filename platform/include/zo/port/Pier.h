@@ -36,7 +36,10 @@ class EventManager : public Object {
                                  boost::shared_ptr<EventObserver> observer) = 0;
 };
 
-// The platform's root object, registered in the framework as "zorbel.lm.interfaces.port.pier".
+// The name under which the platform's root object is registered in the framework.
+constexpr char kPierInterfaceName[] = "zorbel.lm.interfaces.port.pier";
+
+// The platform's root object, registered in the framework as kPierInterfaceName.
 class Pier : public Object {
   public:
     Pier();

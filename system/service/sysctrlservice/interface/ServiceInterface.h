@@ -11,8 +11,11 @@
 
 namespace sysctrlservice {
 
-// The system-control service's remote interface, registered as
-// "zorbel.lm.interfaces.sysctrlservice". Every operation returns its status at once; results travel
+// The name under which the service registers its interface in the framework.
+constexpr char kServiceInterfaceName[] = "zorbel.lm.interfaces.sysctrlservice";
+
+// The system-control service's remote interface, registered as kServiceInterfaceName. Every
+// operation returns its status at once; results travel
 // to every registered client through ClientInterface.
 class ServiceInterface {
   public:

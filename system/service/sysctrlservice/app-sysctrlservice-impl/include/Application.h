@@ -53,106 +53,98 @@ class Application : public frame::AbstractApplication, public ServiceInterface {
     Application& operator=(const Application&) = delete;
 
   protected:
+    // Life cycle (app-sysctrlservice-impl-main.cpp)
     int32_t performSetupDone() override;
     int32_t performStarting() override;
     int32_t performStopping() override;
 
   public:
+    // Clients and platform events (app-sysctrlservice-impl-main.cpp)
+    // 0, -17 when the client object is already registered, -22 for an empty handle.
+    int addClient(ClientInterfacePtr client) override;
+    // 0, -2 when the client object is not registered.
+    int removeClient(ClientInterfacePtr client) override;
     // Platform events of the OLED panel (class 25) and the operation-hours object (class 1).
     // Returns 0 when handled, -22 for a subject of the wrong type, -1 for an event it ignores.
     virtual int notify(zo::port::eventClass_enum eventClass,
                        boost::shared_ptr<zo::port::EventSubject> subject, int eventId);
 
-    int requestFuseInfo(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                        unsigned int selector) override;
-    int burnFuses(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                  const std::vector<fuseitemcontent1_t>& items) override;
-    int reinitCredentials(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                          int mode) override;
-    int controlHdmi(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                    const std::string& command) override;
-    int controlIic(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                   const std::string& command) override;
-    int readEarom(frame::MsgIds& msgIds, const frame::TransportInfo& transport, int offset,
-                  unsigned int length) override;
-    int writeEarom(frame::MsgIds& msgIds, const frame::TransportInfo& transport, int offset,
-                   const std::string& data) override;
-    int getEaromSize(frame::MsgIds& msgIds, const frame::TransportInfo& transport) override;
-    int setGpio(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                const std::string& command) override;
-    int getGpio(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                const std::string& command) override;
-    int controlOpc(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                   const std::string& command) override;
-    int controlAntenna(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                       const std::string& command) override;
-    int setLnbPower(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                    int value) override;
-    int executeZoshell(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                       const std::string& command) override;
-    int controlUart(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                    const std::string& command, const std::string& data) override;
-    int restartSystem(frame::MsgIds& msgIds, const frame::TransportInfo& transport) override;
-    int cmdCaptureScreen(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                         const std::string& path, const std::string& name,
-                         CaptureType_t type) override;
-    int controlPowerMode(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                         PowerMode_t mode) override;
-    int setRemoteControlCode(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                             int value) override;
-    int setQuentaRCSwitch(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                          int value) override;
-    int setKeypadLock(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                      int value) override;
-    int setBootEnvDbtable(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                          int value) override;
-    int controlComEnabled(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                          int value) override;
-    int controlUartState(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                         int value) override;
-    int controlOledMaint(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                         unsigned int flag) override;
-    int requestOledPanelInfo(frame::MsgIds& msgIds, const frame::TransportInfo& transport) override;
-    int setOledLeaEnable(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                         unsigned char enable) override;
-    int setOledCpcEnable(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                         unsigned char enable) override;
-    // Reports the OLED panel's information to every client as an unsolicited report.
-    virtual int updateOledPanelInfo();
-    int getPanelVersion(frame::MsgIds& msgIds, const frame::TransportInfo& transport) override;
-    int getChipID(frame::MsgIds& msgIds, const frame::TransportInfo& transport) override;
-    int getYTSignature(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                       const std::string& message, unsigned int reserved,
-                       unsigned int signatureLength) override;
-    int setGpioStatus(frame::MsgIds& msgIds, const frame::TransportInfo& transport, int gpio,
-                      int value) override;
-    int registerFarFieldCallback(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                                 int id, const std::string& name) override;
-    int unregisterFarFieldCallback(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                                   int id) override;
-    int ctrlLedFlicker(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                       int flag) override;
-    int ctrlGpioState(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                      int state) override;
+    // Front panel, remote control and retired options (app-sysctrlservice-impl-frontpanel.cpp)
     int ctrlLedColorState(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
                           int ledColor, int ledStatus, int flashPwm) override;
-    int ctrlLogoLedGpioStatus(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                              int status) override;
     int ctrluseCaseShow(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
                         int usecase) override;
     int ctrluseCaseHide(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
                         int usecase) override;
-    int controlFarField(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                        const std::string& command, const std::string& data) override;
+    int ctrlGpioState(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                      int state) override;
+    int ctrlLedFlicker(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                       int flag) override;
+    int ctrlLogoLedGpioStatus(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                              int status) override;
+    int setRemoteControlCode(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                             int value) override;
+    int setKeypadLock(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                      int value) override;
+    int setQuentaRCSwitch(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                          int value) override;
+    int controlPowerMode(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                         PowerMode_t mode) override;
     int setOsdOpacity(frame::MsgIds& msgIds, const frame::TransportInfo& transport, int window,
                       int opacity) override;
     int getOsdOpacity(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
                       int window) override;
     int setQuietBootFlag(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
                          int flag) override;
+
+    // System, boot and panel power (app-sysctrlservice-impl-system.cpp)
+    int restartSystem(frame::MsgIds& msgIds, const frame::TransportInfo& transport) override;
     int controlPanelPower(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
                           int off) override;
-    int requestOptimeInfo(frame::MsgIds& msgIds, const frame::TransportInfo& transport) override;
+    int setBootEnvDbtable(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                          int value) override;
+    int controlComEnabled(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                          int value) override;
+    int controlUartState(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                         int value) override;
+    int setGpioStatus(frame::MsgIds& msgIds, const frame::TransportInfo& transport, int gpio,
+                      int value) override;
+
+    // Text commands: OPC, UART, far field, GPIO, I2C, HDMI, shell
+    // (app-sysctrlservice-impl-commands.cpp)
+    int controlOpc(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                   const std::string& command) override;
+    int controlUart(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                    const std::string& command, const std::string& data) override;
+    int controlFarField(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                        const std::string& command, const std::string& data) override;
+    int registerFarFieldCallback(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                                 int id, const std::string& name) override;
+    int unregisterFarFieldCallback(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                                   int id) override;
+    int setGpio(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                const std::string& command) override;
+    int getGpio(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                const std::string& command) override;
+    int controlIic(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                   const std::string& command) override;
+    int controlHdmi(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                    const std::string& command) override;
+    int executeZoshell(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                       const std::string& command) override;
+
+    // Antenna (app-sysctrlservice-impl-antenna.cpp)
+    int controlAntenna(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                       const std::string& command) override;
+    int setLnbPower(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                    int value) override;
+
+    // Screen capture (app-sysctrlservice-impl-capture.cpp)
+    int cmdCaptureScreen(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                         const std::string& path, const std::string& name,
+                         CaptureType_t type) override;
+
+    // OLED tuning (app-sysctrlservice-impl-oledtuning.cpp)
     int startOledAs(frame::MsgIds& msgIds, const frame::TransportInfo& transport) override;
     int saveOledManualGain(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
                            unsigned int gain0, unsigned int gain1, unsigned int gain2,
@@ -165,13 +157,40 @@ class Application : public frame::AbstractApplication, public ServiceInterface {
                                 int enable) override;
     int getOledManualGainEnable(frame::MsgIds& msgIds,
                                 const frame::TransportInfo& transport) override;
-    // 0, -17 when the client object is already registered, -22 for an empty handle.
-    int addClient(ClientInterfacePtr client) override;
-    // 0, -2 when the client object is not registered.
-    int removeClient(ClientInterfacePtr client) override;
+    int setOledLeaEnable(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                         unsigned char enable) override;
+    int setOledCpcEnable(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                         unsigned char enable) override;
 
+    // OLED maintenance (app-sysctrlservice-impl-oledmaint.cpp)
+    int controlOledMaint(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                         unsigned int flag) override;
+
+    // OLED information, errors and operating-time reports (app-sysctrlservice-impl-oledinfo.cpp)
+    int requestOledPanelInfo(frame::MsgIds& msgIds, const frame::TransportInfo& transport) override;
+    // Reports the OLED panel's information to every client as an unsolicited report.
+    virtual int updateOledPanelInfo();
+    int getPanelVersion(frame::MsgIds& msgIds, const frame::TransportInfo& transport) override;
+    int requestOptimeInfo(frame::MsgIds& msgIds, const frame::TransportInfo& transport) override;
     // The OLED panel's error callback; `user` is the application.
     static void oledErrorCallback(uint32_t errorMask, void* user);
+
+    // Provisioning: fuses, credentials, EAROM, identity (app-sysctrlservice-impl-provisioning.cpp)
+    int burnFuses(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                  const std::vector<fuseitemcontent1_t>& items) override;
+    int requestFuseInfo(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                        unsigned int selector) override;
+    int reinitCredentials(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                          int mode) override;
+    int readEarom(frame::MsgIds& msgIds, const frame::TransportInfo& transport, int offset,
+                  unsigned int length) override;
+    int writeEarom(frame::MsgIds& msgIds, const frame::TransportInfo& transport, int offset,
+                   const std::string& data) override;
+    int getEaromSize(frame::MsgIds& msgIds, const frame::TransportInfo& transport) override;
+    int getChipID(frame::MsgIds& msgIds, const frame::TransportInfo& transport) override;
+    int getYTSignature(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+                       const std::string& message, unsigned int reserved,
+                       unsigned int signatureLength) override;
 
   private:
     // Copies the client list under the application lock, so that callbacks run without it and a
@@ -205,10 +224,12 @@ class Application : public frame::AbstractApplication, public ServiceInterface {
     // Reads the five operating-time counters and their text.
     static OptimeInfo readOptimeInfo(zo::port::OperationHours& operationHours);
 
+    // Operating-time records (app-sysctrlservice-impl-pmrecords.cpp)
     void loadPMRecords();
     void addPMRecord(PMRType type);
     void storePMRecords();
 
+    // The maintenance run's thread (app-sysctrlservice-impl-oledmaint.cpp)
     static void* oledMaintThread(void* argument);
 
     zo::port::Pier* m_pier;

@@ -6,7 +6,7 @@
 
 #include <boost/shared_ptr.hpp>
 
-#include "commandcontrol.h"
+#include "CommandControl.h"
 
 namespace zo {
 namespace port {

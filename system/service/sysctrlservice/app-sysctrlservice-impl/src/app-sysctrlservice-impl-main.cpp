@@ -22,13 +22,6 @@
 #include "zo/port/Uart.h"
 #include "zo/port/VodState.h"
 
-namespace {
-
-const char kPierInterfaceName[] = "zorbel.lm.interfaces.port.pier";
-const char kServiceInterfaceName[] = "zorbel.lm.interfaces.sysctrlservice";
-
-}  // namespace
-
 frame::AbstractApplication** CreateSysctrlserviceApplication() {
     SYSCTRL_LOG(sysctrlservice::LOG_NOTICE, "%s:%d:%s(): Called.\n");
     frame::AbstractApplication** applications = new frame::AbstractApplication*[2]();
@@ -63,7 +56,7 @@ int32_t Application::performSetupDone() {
         return status;
     }
 
-    status = getInterfaceReference(kPierInterfaceName, m_pierInterface);
+    status = getInterfaceReference(zo::port::kPierInterfaceName, m_pierInterface);
     if (status < 0 || !m_pierInterface) {
         SYSCTRL_LOG(LOG_ERROR, "%s:%d:%s(): Unable to obtain pier interface: %d.\n", status);
         return -2;
@@ -221,21 +214,6 @@ OptimeInfo Application::readOptimeInfo(zo::port::OperationHours& operationHours)
     }
     operationHours.getOperationTimeText(info.text);
     return info;
-}
-
-// PortObserver
-
-PortObserver::PortObserver(const std::string& name, Application* application)
-    : zo::port::EventObserver(name), m_application(application) {}
-
-PortObserver::~PortObserver() = default;
-
-int PortObserver::onEvent(zo::port::eventClass_enum eventClass,
-                          boost::shared_ptr<zo::port::EventSubject> subject, int eventId) {
-    if (m_application == nullptr) {
-        return 0;
-    }
-    return m_application->notify(eventClass, subject, eventId);
 }
 
 }  // namespace sysctrlservice

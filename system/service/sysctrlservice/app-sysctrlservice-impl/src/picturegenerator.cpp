@@ -1,5 +1,5 @@
 // Writing a captured frame as a PNG, BMP or raw file.
-#include "PictureGenerator.h"
+#include "picturegenerator.h"
 
 #include <errno.h>
 #include <png.h>

@@ -3,7 +3,7 @@
 
 #include <cstdlib>
 
-#include "PictureGenerator.h"
+#include "picturegenerator.h"
 #include "SysctrlLog.h"
 
 // Levels: progress 4000; the port's refusals 1000; bad input and a file not written 3000.

@@ -1,4 +1,4 @@
-#include "commandcontrol.h"
+#include "CommandControl.h"
 
 #include "CommandText.h"
 
