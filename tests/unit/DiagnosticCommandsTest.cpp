@@ -1,13 +1,13 @@
 // The GPIO, I2C, HDMI and shell pass-throughs; tests/scripts/farfield-diagnostic-commands.sim
 // runs the plain cases through the desk host.
-#include "TextCommandTest.h"
+#include "TextCommandFixture.h"
 
 namespace sysctrltest {
 namespace {
 
 using sim::json;
 
-class Diagnostics : public TextCommandTest {
+class Diagnostics : public TextCommandFixture {
   protected:
     void start() { m_client = startWithClient("A"); }
     Replies got(const std::string& callback) const { return replies(*m_client, callback); }

@@ -1,5 +1,5 @@
 // OLED panel information, version, operating times and error reports.
-#include "OledCareTest.h"
+#include "OledCareFixture.h"
 
 namespace sysctrltest {
 namespace {
@@ -7,10 +7,13 @@ namespace {
 using sim::json;
 typedef boost::shared_ptr<sim::RecordingClient> ClientPtr;
 
-class OledInfo : public OledCareTest {
+// The reports on a service that is not started and has no clients.
+class OledReports : public OledCareFixture {};
+
+class OledInfo : public OledCareFixture {
   protected:
     void SetUp() override {
-        OledCareTest::SetUp();
+        OledCareFixture::SetUp();
         startService();
         m_a = addClient("A");
         m_b = addClient("B");
@@ -97,7 +100,7 @@ TEST_F(OledInfo, OperatingTimesAreReadInOrderAndCarryTheCallersIds) {
                   {4, 0, 0, 0, 0, 0, 0});
 }
 
-TEST_F(OledCareTest, WithoutClientsTheOperationsStillAskThePanel) {
+TEST_F(OledReports, WithoutClientsTheOperationsStillAskThePanel) {
     startService();
     frame::MsgIds ids = msgIds(1);
     EXPECT_EQ(service().requestOptimeInfo(ids, transport(1)), 0);
@@ -108,7 +111,7 @@ TEST_F(OledCareTest, WithoutClientsTheOperationsStillAskThePanel) {
     EXPECT_EQ(sim().calls("OledPanel", "getPanelInfo").size(), 1u);
 }
 
-TEST_F(OledCareTest, OperatingTimesWithoutTheObjectAnswerZeros) {
+TEST_F(OledReports, OperatingTimesWithoutTheObjectAnswerZeros) {
     setAbsent("OperationHours");
     startService();
     const ClientPtr a = addClient("A");

@@ -1,5 +1,5 @@
 // OLED panel maintenance: the request, the run on its own thread and what each step calls.
-#include "OledCareTest.h"
+#include "OledCareFixture.h"
 
 #include <chrono>
 
@@ -9,10 +9,10 @@ namespace {
 using sim::json;
 typedef boost::shared_ptr<sim::RecordingClient> ClientPtr;
 
-class OledMaint : public OledCareTest {
+class OledMaint : public OledCareFixture {
   protected:
     void SetUp() override {
-        OledCareTest::SetUp();
+        OledCareFixture::SetUp();
         startService();
         setState("clock.utcTime", 500);
         writeFile(kRunningTime, "77\n");

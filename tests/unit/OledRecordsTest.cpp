@@ -1,5 +1,5 @@
 // The operating-time records: loading the file, adding records and storing them.
-#include "OledCareTest.h"
+#include "OledCareFixture.h"
 
 #include <signal.h>
 #include <sys/prctl.h>
@@ -20,10 +20,10 @@ namespace {
 
 // The records are seen through the file: a run whose only record is a "refresh time cleared"
 // (type 3) makes the service write its whole table.
-class OledRecords : public OledCareTest {
+class OledRecords : public OledCareFixture {
   protected:
     void SetUp() override {
-        OledCareTest::SetUp();
+        OledCareFixture::SetUp();
         setTempLut(1);
         setState("OledPanel.maintenanceResult", 0x200);
     }

@@ -4,8 +4,8 @@
 #include <random>
 #include <regex>
 
-#include "TextCommandTest.h"
 #include "CommandControl.h"
+#include "TextCommandFixture.h"
 
 namespace sysctrltest {
 namespace {
@@ -55,7 +55,7 @@ const std::vector<std::string> kAnswers = splitPieces(
     "FarField.reinit|FarField.setPower|FarField.setMode|FarField.getMicMeter|FarField.setLedColor|"
     "HdmiSwitch.getSignalInfo|FactoryManager.setGpio|zoshell.zoshellExecuteCmd");
 
-class Fuzz : public TextCommandTest {
+class Fuzz : public TextCommandFixture {
   protected:
     // Runs `rounds` random calls over the text operations and checks every reply.
     void run(int rounds, uint32_t seed, bool scriptAnswers) {
@@ -144,7 +144,10 @@ TEST_F(Fuzz, AMegabyteOfCommasInEveryLanguage) {
     EXPECT_EQ(client->received("controlIicResult").size(), 1u);
 }
 
-TEST_F(TextCommandTest, AnExceptionOfACommandBecomesAFailedCommand) {
+// The boundary every text command runs inside.
+class CommandBoundary : public TextCommandFixture {};
+
+TEST_F(CommandBoundary, AnExceptionOfACommandBecomesAFailedCommand) {
     std::string result = "partial";
     EXPECT_EQ(sysctrlservice::runCommand([]() -> int32_t { throw std::bad_alloc(); }, result), 0);
     EXPECT_EQ(result, "err: command returns error");

@@ -1,7 +1,7 @@
 // The UART command language and its operation controlUart.
 #include "uartcontrol.h"
 
-#include "TextCommandTest.h"
+#include "TextCommandFixture.h"
 #include "zo/port/Uart.h"
 
 namespace sysctrltest {
@@ -9,7 +9,7 @@ namespace {
 
 using sim::json;
 
-class Uart : public TextCommandTest {
+class UartCommands : public TextCommandFixture {
   protected:
     // Runs one command on a fresh controller; returns {result, resultData}.
     std::vector<std::string> run(const std::string& command, const std::string& data = "") {
@@ -22,7 +22,7 @@ class Uart : public TextCommandTest {
     int32_t m_status = -1;
 };
 
-TEST_F(Uart, InitFindsTheSettingWordsAnywhere) {
+TEST_F(UartCommands, InitFindsTheSettingWordsAnywhere) {
     // Settings, and the arguments of the configuration: frame format, baud-rate index, odd
     // parity, two stop bits, 1, 1.
     const std::pair<const char*, const char*> cases[] = {
@@ -41,7 +41,7 @@ TEST_F(Uart, InitFindsTheSettingWordsAnywhere) {
     EXPECT_EQ(m_status, 1);
 }
 
-TEST_F(Uart, WritesDecodedBase64AndAlwaysRepliesOk) {
+TEST_F(UartCommands, WritesDecodedBase64AndAlwaysRepliesOk) {
     sysctrlservice::uartcontrol controller(port<zo::port::Uart>("Uart"));
     EXPECT_EQ(controller.writeUart("aGVs bG8=\n"), 0);
     EXPECT_EQ(controller.writeUart(""), 0);
@@ -58,7 +58,7 @@ TEST_F(Uart, WritesDecodedBase64AndAlwaysRepliesOk) {
     EXPECT_EQ(m_status, 1);
 }
 
-TEST_F(Uart, FactoryVariantsSwitchModeOnceAndEndTheTextWithALineFeed) {
+TEST_F(UartCommands, FactoryVariantsSwitchModeOnceAndEndTheTextWithALineFeed) {
     setState("Uart.mode", 2);  // only mode 0 is switched
     EXPECT_EQ(run("readUartFactory")[0], "ok");
     setState("Uart.mode", 0);
@@ -72,7 +72,7 @@ TEST_F(Uart, FactoryVariantsSwitchModeOnceAndEndTheTextWithALineFeed) {
     EXPECT_EQ(callArgs("Uart", "configure")[0][1], 2);
 }
 
-TEST_F(Uart, ReadsAtMost512BytesAsBase64) {
+TEST_F(UartCommands, ReadsAtMost512BytesAsBase64) {
     EXPECT_EQ(run("readUart"), (std::vector<std::string>{"ok", ""}));
     EXPECT_EQ(countMessages(4000, "0(encoded:0) bytes read from UART().\n"), 1u);
 
@@ -92,22 +92,28 @@ TEST_F(Uart, ReadsAtMost512BytesAsBase64) {
     EXPECT_EQ(run("readUart")[1], first[1]);
 }
 
-TEST_F(Uart, FailuresAndOtherCommands) {
+TEST_F(UartCommands, PortFailuresAreRepliedAsErrors) {
     setAnswer("Uart.read", -3);
     EXPECT_EQ(run("readUart"), (std::vector<std::string>{"err: command returns error", ""}));
     setAnswer("Uart.configure", -1);
     EXPECT_EQ(run("initUart")[0], "err: command returns error");
+}
+
+TEST_F(UartCommands, UnknownWordsAndEmptyLinesAreRefused) {
     EXPECT_EQ(run("READUART")[0], "err: unknown command");
     EXPECT_EQ(m_status, 1);
     EXPECT_EQ(run(" ")[0], "err:no Command");
     EXPECT_EQ(m_status, 0);
+}
+
+TEST_F(UartCommands, TestSwitchesStopAndRestartThePollThread) {
     EXPECT_EQ(run("startTest")[0], "ok");
     EXPECT_EQ(run("stopTest")[0], "ok");
     EXPECT_EQ(countMessages(4000, "Soundprojector poll thread stopped.\n"), 1u);
     EXPECT_EQ(countMessages(4000, "Soundprojector poll thread restarted.\n"), 1u);
 }
 
-TEST_F(Uart, WithoutThePortOnlyTheTestSwitchesSucceed) {
+TEST_F(UartCommands, WithoutThePortOnlyTheTestSwitchesSucceed) {
     setAbsent("Uart");
     startService();
     const auto a = addClient("A");

@@ -1,6 +1,6 @@
 // What the tests of OLED panel care share: running maintenance and reading its traces.
-#ifndef TESTS_OLEDCARETEST_H
-#define TESTS_OLEDCARETEST_H
+#ifndef TESTS_OLEDCAREFIXTURE_H
+#define TESTS_OLEDCAREFIXTURE_H
 
 #include <set>
 #include <string>
@@ -22,7 +22,7 @@ typedef std::vector<std::string> Texts;
 const std::vector<int32_t> kUnsolicitedIds = {-1, -1};
 const std::vector<int32_t> kUnsolicitedTransport = {-1, -1, 0, -1, -1, -1, -1};
 
-class OledCareTest : public ServiceTest {
+class OledCareFixture : public ServiceTest {
   protected:
     // Asks for a run and waits until its thread has ended.
     void runMaintenance(unsigned int flag, int request = 1) {

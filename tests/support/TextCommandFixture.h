@@ -1,5 +1,5 @@
-#ifndef TESTS_TEXTCOMMANDTEST_H
-#define TESTS_TEXTCOMMANDTEST_H
+#ifndef TESTS_TEXTCOMMANDFIXTURE_H
+#define TESTS_TEXTCOMMANDFIXTURE_H
 
 #include <string>
 #include <vector>
@@ -14,7 +14,7 @@ typedef std::vector<std::vector<std::string>> Replies;
 
 // The text-command languages run both through the service and on a controller of their own over
 // the simulated set's port object.
-class TextCommandTest : public ServiceTest {
+class TextCommandFixture : public ServiceTest {
   protected:
     // The set's port object `name`, held as the service holds it (the set keeps ownership).
     template <typename Port>

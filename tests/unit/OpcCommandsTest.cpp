@@ -1,7 +1,7 @@
 // The OPC command language and its operation controlOpc.
 #include "opccontrol.h"
 
-#include "TextCommandTest.h"
+#include "TextCommandFixture.h"
 #include "zo/port/Opc.h"
 
 namespace sysctrltest {
@@ -9,7 +9,9 @@ namespace {
 
 using sysctrlservice::opccontrol;
 
-TEST_F(TextCommandTest, OpcLanguageRepliesAndDrivesThePort) {
+class OpcCommands : public TextCommandFixture {};
+
+TEST_F(OpcCommands, LanguageRepliesAndDrivesThePort) {
     // Line, result, status, and the port calls. The result starts as "x": only the texts of lines
     // that run nothing are appended to it, every other reply replaces it. tests/scripts/
     // opc-uart-commands.sim runs more lines through the service.
@@ -46,7 +48,7 @@ TEST_F(TextCommandTest, OpcLanguageRepliesAndDrivesThePort) {
     EXPECT_EQ(opccontrol(port<zo::port::Opc>("Opc")).getIntArgument(5), -1);  // past the end
 }
 
-TEST_F(TextCommandTest, OpcPortFailuresAndValuesAreReplied) {
+TEST_F(OpcCommands, PortFailuresAndValuesAreReplied) {
     setAnswer("Opc.start", -1);
     setAnswer("Opc.stop", 3);
     setAnswer("Opc.getState", -5);
@@ -64,7 +66,7 @@ TEST_F(TextCommandTest, OpcPortFailuresAndValuesAreReplied) {
     }
 }
 
-TEST_F(TextCommandTest, ControlOpcLogsFailedForEveryErrorReply) {
+TEST_F(OpcCommands, OperationLogsFailedForEveryErrorReply) {
     startService();
     frame::MsgIds ids = msgIds(7);
     const std::pair<const char*, size_t> lines[] = {
@@ -77,7 +79,7 @@ TEST_F(TextCommandTest, ControlOpcLogsFailedForEveryErrorReply) {
     }
 }
 
-TEST_F(TextCommandTest, ControlOpcWithoutThePortRepliesAFailure) {
+TEST_F(OpcCommands, OperationWithoutThePortRepliesAFailure) {
     setAbsent("Opc");
     startService();
     const auto a = addClient("A");

@@ -1,7 +1,7 @@
 // The far-field microphone command language, controlFarField and the callback registrations.
 #include "farfieldcontrol.h"
 
-#include "TextCommandTest.h"
+#include "TextCommandFixture.h"
 #include "zo/port/FarField.h"
 
 namespace sysctrltest {
@@ -10,7 +10,9 @@ namespace {
 using sim::json;
 using sysctrlservice::FarFieldControl;
 
-TEST_F(TextCommandTest, FarFieldLanguageRepliesAndDrivesThePort) {
+class FarFieldCommands : public TextCommandFixture {};
+
+TEST_F(FarFieldCommands, LanguageRepliesAndDrivesThePort) {
     // Queries give values; setMode and setLedColor fail.
     setState("FarField.version", "V2.10.3");
     setState("FarField.upgradeProgress", 42);
@@ -68,7 +70,7 @@ TEST(FarFieldVersion, PacksFourNumbersMostSignificantFirst) {
     }
 }
 
-TEST_F(TextCommandTest, FarFieldLogsItsSteps) {
+TEST_F(FarFieldCommands, LogsItsSteps) {
     FarFieldControl controller(port<zo::port::FarField>("FarField"));
     std::string result;
     std::string resultData;
@@ -81,7 +83,7 @@ TEST_F(TextCommandTest, FarFieldLogsItsSteps) {
     EXPECT_EQ(countMessages(4000, "micMeter -2 -1 16.\n"), 1u);
 }
 
-TEST_F(TextCommandTest, ControlFarFieldLogsFailedForCodeZeroAndRepliesToEveryClient) {
+TEST_F(FarFieldCommands, OperationLogsFailedForCodeZeroAndRepliesToEveryClient) {
     startService();
     const auto a = addClient("A");
     const auto b = addClient("B");
@@ -111,7 +113,7 @@ TEST_F(TextCommandTest, ControlFarFieldLogsFailedForCodeZeroAndRepliesToEveryCli
     }
 }
 
-TEST_F(TextCommandTest, FarFieldWithoutThePortLeavesBothTextsEmpty) {
+TEST_F(FarFieldCommands, WithoutThePortLeavesBothTextsEmpty) {
     setAbsent("FarField");
     startService();
     const auto a = addClient("A");
