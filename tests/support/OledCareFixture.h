@@ -35,11 +35,13 @@ class OledCareFixture : public ServiceTest {
         writeFile(kBoardIni, "[OLED]\nOLED_TempLUT = " + std::to_string(value) + "\n");
     }
 
-    // The calls made on `objects`, in order, as "Object.operation(arg,...)".
+    // The calls made on `objects` (an object name, or "Object.operation" for one operation), in
+    // order, as "Object.operation(arg,...)".
     std::vector<std::string> callsOf(const std::set<std::string>& objects) {
         std::vector<std::string> calls;
         for (const sim::PortCall& call : sim().journal()) {
-            if (objects.count(call.object) == 0) {
+            if (objects.count(call.object) == 0 &&
+                objects.count(call.object + "." + call.operation) == 0) {
                 continue;
             }
             std::string args;

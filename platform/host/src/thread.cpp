@@ -2,9 +2,11 @@
 
 #include <pthread.h>
 
+#include <chrono>
 #include <condition_variable>
 #include <cstring>
 #include <mutex>
+#include <thread>
 
 #include "HostState.h"
 
@@ -74,6 +76,10 @@ int startThread(zo::thread::Entry entry, void* argument, const char* name) {
     return 0;
 }
 
+void sleepThread(unsigned int milliseconds) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+}
+
 void waitForThreads() {
     Tracker& t = tracker();
     std::unique_lock<std::mutex> lock(t.mutex);
@@ -93,6 +99,15 @@ int create(Handle** handle, Entry entry, void* argument, int priority, const cha
         return hooks.createThread(entry, argument, priority, name);
     }
     return host::startThread(entry, argument, name);
+}
+
+void sleep(unsigned int milliseconds) {
+    const host::Hooks hooks = host::currentHooks();
+    if (hooks.sleep) {
+        hooks.sleep(milliseconds);
+        return;
+    }
+    host::sleepThread(milliseconds);
 }
 
 }  // namespace thread

@@ -12,6 +12,9 @@ typedef void* (*Entry)(void* argument);
 // platform's predefined classes). Returns 0 when the thread was started.
 int create(Handle** handle, Entry entry, void* argument, int priority, const char* name);
 
+// Blocks the calling thread for `milliseconds`.
+void sleep(unsigned int milliseconds);
+
 }  // namespace thread
 }  // namespace zo
 

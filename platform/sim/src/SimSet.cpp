@@ -84,6 +84,7 @@ SimSet::SimSet() : m_objects(new Objects(*this)) {
         return objects->threads->create(entry, argument, priority, name);
     };
     hooks.getUtcTime = [objects]() { return objects->clock->getUtcTime(); };
+    hooks.sleep = [objects](unsigned int milliseconds) { objects->threads->sleep(milliseconds); };
     zo::host::setHooks(hooks);
     zo::host::registerInterface(zo::port::kPierInterfaceName,
                                 static_cast<zo::port::Pier*>(m_objects->pier.get()));

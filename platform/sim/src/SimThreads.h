@@ -12,6 +12,8 @@ class SimThreads : public SimObject {
 
     // Starts the thread unless a script makes the call fail.
     int create(zo::thread::Entry entry, void* argument, int priority, const char* name);
+    // Journals the pause and returns at once, so that nothing waits for it.
+    void sleep(unsigned int milliseconds);
 };
 
 }  // namespace sim

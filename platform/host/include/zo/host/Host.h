@@ -47,12 +47,14 @@ struct Hooks {
                       int& value)>
         readInt;
     std::function<int(const char* command, size_t length, int mode, int flags)> executeShell;
+    std::function<void(unsigned int milliseconds)> sleep;
 };
 void setHooks(const Hooks& hooks);
 void clearHooks();
 
 // The runtime's own implementations.
 int startThread(zo::thread::Entry entry, void* argument, const char* name);
+void sleepThread(unsigned int milliseconds);
 uint64_t systemUtcTime();
 int readIniInt(const std::string& file, const std::string& section, const std::string& key,
                int& value);

@@ -1,9 +1,7 @@
 // OLED panel maintenance runs on a thread of their own.
 #include "Application.h"
 
-#include <chrono>
 #include <exception>
-#include <thread>
 
 #include "SysctrlLog.h"
 #include "tvConfig/ConfigUtil.h"
@@ -38,7 +36,7 @@ const int kMaintTimeCounter = 3;
 const int kRefreshTimeCounter = 4;
 
 const int kMaintThreadPriority = -2;
-const std::chrono::seconds kPanelCyclePause(3);
+const unsigned int kPanelCyclePauseMilliseconds = 3000;
 
 // Tells the panel about a care event, when the service holds one.
 void markPanelEvent(const boost::shared_ptr<zo::port::OledPanel>& panel, PMRType type) {
@@ -146,7 +144,7 @@ void* Application::oledMaintThread(void* argument) {
                 display->showStatus(kStatusPanelCycle);
                 display->hideStatus(statusCode);
                 panel->panelCycleBegin();
-                std::this_thread::sleep_for(kPanelCyclePause);
+                zo::thread::sleep(kPanelCyclePauseMilliseconds);
                 panel->panelCycleEnd();
                 display->hideStatus(kStatusPanelCycle);
             }
