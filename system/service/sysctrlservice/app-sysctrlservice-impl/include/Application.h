@@ -221,6 +221,18 @@ class Application : public frame::AbstractApplication, public ServiceInterface {
         deliverToClients(callback, msgIds, transport, args...);
     }
 
+    // A port object that one call needs, asked of the factory now: empty without a factory or
+    // when the factory has none. The one way an operation gets a short-lived port object.
+    template <typename Port, typename... Params, typename... Args>
+    boost::shared_ptr<Port> portObject(
+        boost::shared_ptr<Port> (zo::port::Factory::*getter)(Params...), Args... args) const {
+        const boost::shared_ptr<zo::port::Factory> factory = m_factory;
+        if (!factory) {
+            return boost::shared_ptr<Port>();
+        }
+        return ((*factory).*getter)(args...);
+    }
+
     // Reads the five operating-time counters and their text.
     static OptimeInfo readOptimeInfo(zo::port::OperationHours& operationHours);
 

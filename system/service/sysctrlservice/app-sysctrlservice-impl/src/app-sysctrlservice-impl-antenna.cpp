@@ -37,10 +37,7 @@ int Application::setLnbPower(frame::MsgIds& msgIds, const frame::TransportInfo& 
                              int value) {
     SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): Called,value:%d.\n", value);
     // Asked anew each time, so a replaced antenna object is used from now on.
-    boost::shared_ptr<zo::port::Antenna> antenna;
-    if (m_factory) {
-        antenna = m_factory->getAntenna();
-    }
+    const boost::shared_ptr<zo::port::Antenna> antenna = portObject(&zo::port::Factory::getAntenna);
     m_antenna = antenna;
 
     int result = 0;

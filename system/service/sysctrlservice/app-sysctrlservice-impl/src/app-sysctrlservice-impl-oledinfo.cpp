@@ -40,7 +40,7 @@ int Application::requestOledPanelInfo(frame::MsgIds&, const frame::TransportInfo
 int Application::updateOledPanelInfo() {
     SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): notify\n");
     const boost::shared_ptr<zo::port::OledPanel> panel =
-        m_factory ? m_factory->getOledPanel() : boost::shared_ptr<zo::port::OledPanel>();
+        portObject(&zo::port::Factory::getOledPanel);
     if (!panel) {
         SYSCTRL_LOG(LOG_PORT_ERROR, "%s:%d:%s(): Cannot get oled panel object\n");
         return 0;
@@ -54,7 +54,7 @@ int Application::updateOledPanelInfo() {
 
 int Application::getPanelVersion(frame::MsgIds& msgIds, const frame::TransportInfo& transport) {
     const boost::shared_ptr<zo::port::OledPanel> panel =
-        m_factory ? m_factory->getOledPanel() : boost::shared_ptr<zo::port::OledPanel>();
+        portObject(&zo::port::Factory::getOledPanel);
     if (!panel) {
         return 0;
     }
@@ -94,8 +94,7 @@ void Application::oledErrorCallback(uint32_t errorMask, void* user) {
     const uint32_t raised = errorMask & ~previous;
 
     const boost::shared_ptr<zo::port::StatusDisplay> display =
-        self->m_factory ? self->m_factory->getStatusDisplay()
-                        : boost::shared_ptr<zo::port::StatusDisplay>();
+        self->portObject(&zo::port::Factory::getStatusDisplay);
     if (!display) {
         // The change is handled again on the next report, when the display may be back.
         return;

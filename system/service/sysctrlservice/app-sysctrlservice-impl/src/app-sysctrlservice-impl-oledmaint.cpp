@@ -52,7 +52,7 @@ int Application::controlOledMaint(frame::MsgIds&, const frame::TransportInfo&, u
                 static_cast<int>(flag));
 
     const boost::shared_ptr<zo::port::OledPanel> panel =
-        m_factory ? m_factory->getOledPanel() : boost::shared_ptr<zo::port::OledPanel>();
+        portObject(&zo::port::Factory::getOledPanel);
     if (!panel) {
         SYSCTRL_LOG(LOG_PORT_ERROR, "%s:%d:%s(): Cannot get oled panel object\n");
         return 0;
@@ -60,7 +60,8 @@ int Application::controlOledMaint(frame::MsgIds&, const frame::TransportInfo&, u
 
     // Switching the screen off is immediate and served even while a run is under way.
     if ((flag & kFlagScreenOff) != 0) {
-        const boost::shared_ptr<zo::port::Video> video = m_factory->getVideo(0);
+        const boost::shared_ptr<zo::port::Video> video =
+            portObject(&zo::port::Factory::getVideo, 0);
         if (!video) {
             SYSCTRL_LOG(LOG_PORT_ERROR, "%s:%d:%s(): Cannot get Video Object\n");
         } else if (video->setScreenOffState(1) != 0) {
@@ -99,9 +100,8 @@ void* Application::oledMaintThread(void* argument) {
         SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): OLED maintance: tmpLUT %d, flag %d\n", tempLut,
                     static_cast<int>(flag));
 
-        const boost::shared_ptr<zo::port::Factory> factory = self->m_factory;
         const boost::shared_ptr<zo::port::StatusDisplay> display =
-            factory ? factory->getStatusDisplay() : boost::shared_ptr<zo::port::StatusDisplay>();
+            self->portObject(&zo::port::Factory::getStatusDisplay);
         if (!self->m_oledPanel) {
             // The records are still kept; only the panel is not told of the events.
             SYSCTRL_LOG(LOG_PORT_ERROR, "%s:%d:%s(): Cannot get oled panel object\n");
@@ -121,7 +121,7 @@ void* Application::oledMaintThread(void* argument) {
 
         int result = 0;
         const boost::shared_ptr<zo::port::OledPanel> panel =
-            factory ? factory->getOledPanel() : boost::shared_ptr<zo::port::OledPanel>();
+            self->portObject(&zo::port::Factory::getOledPanel);
         if (!panel) {
             SYSCTRL_LOG(LOG_PORT_ERROR, "%s:%d:%s(): Cannot get oled maintenance object\n");
         } else {
@@ -151,7 +151,7 @@ void* Application::oledMaintThread(void* argument) {
         }
 
         const boost::shared_ptr<zo::port::OperationHours> hours =
-            factory ? factory->getOperationHours() : boost::shared_ptr<zo::port::OperationHours>();
+            self->portObject(&zo::port::Factory::getOperationHours);
         if (!hours) {
             SYSCTRL_LOG(LOG_PORT_ERROR, "%s:%d:%s(): Cannot get operation hours object\n");
         } else {

@@ -11,12 +11,6 @@ namespace sysctrlservice {
 
 namespace {
 
-// The panel, asked of the factory for one call; empty without a factory.
-boost::shared_ptr<zo::port::OledPanel> oledPanel(
-    const boost::shared_ptr<zo::port::Factory>& factory) {
-    return factory ? factory->getOledPanel() : boost::shared_ptr<zo::port::OledPanel>();
-}
-
 // The panel's 8-bit registers take the low byte of what the caller sent.
 uint8_t lowByte(unsigned int value) {
     return static_cast<uint8_t>(value & 0xFFu);
@@ -28,7 +22,8 @@ uint8_t lowByte(unsigned int value) {
 
 int Application::startOledAs(frame::MsgIds&, const frame::TransportInfo&) {
     SYSCTRL_LOG(LOG_NOTICE, "%s:%d:%s(): called \n");
-    const boost::shared_ptr<zo::port::OledPanel> panel = oledPanel(m_factory);
+    const boost::shared_ptr<zo::port::OledPanel> panel =
+        portObject(&zo::port::Factory::getOledPanel);
     if (!panel) {
         return 0;
     }
@@ -38,7 +33,8 @@ int Application::startOledAs(frame::MsgIds&, const frame::TransportInfo&) {
 int Application::saveOledManualGain(frame::MsgIds&, const frame::TransportInfo&, unsigned int gain0,
                                     unsigned int gain1, unsigned int gain2, unsigned int gain3) {
     SYSCTRL_LOG(LOG_NOTICE, "%s:%d:%s(): called: %d %d %d %d\n", gain0, gain1, gain2, gain3);
-    const boost::shared_ptr<zo::port::OledPanel> panel = oledPanel(m_factory);
+    const boost::shared_ptr<zo::port::OledPanel> panel =
+        portObject(&zo::port::Factory::getOledPanel);
     if (!panel) {
         return -1;
     }
@@ -48,7 +44,8 @@ int Application::saveOledManualGain(frame::MsgIds&, const frame::TransportInfo&,
 int Application::setOledManualGainSetting(frame::MsgIds&, const frame::TransportInfo&,
                                           unsigned int index, unsigned int value) {
     SYSCTRL_LOG(LOG_NOTICE, "%s:%d:%s(): called: %d %d\n", index, value);
-    const boost::shared_ptr<zo::port::OledPanel> panel = oledPanel(m_factory);
+    const boost::shared_ptr<zo::port::OledPanel> panel =
+        portObject(&zo::port::Factory::getOledPanel);
     if (!panel) {
         return -1;
     }
@@ -58,7 +55,8 @@ int Application::setOledManualGainSetting(frame::MsgIds&, const frame::Transport
 int Application::getOledManualGainSetting(frame::MsgIds&, const frame::TransportInfo&,
                                           unsigned int index) {
     SYSCTRL_LOG(LOG_NOTICE, "%s:%d:%s(): called\n");
-    const boost::shared_ptr<zo::port::OledPanel> panel = oledPanel(m_factory);
+    const boost::shared_ptr<zo::port::OledPanel> panel =
+        portObject(&zo::port::Factory::getOledPanel);
     if (!panel) {
         return 0;
     }
@@ -67,7 +65,8 @@ int Application::getOledManualGainSetting(frame::MsgIds&, const frame::Transport
 
 int Application::setOledManualGainEnable(frame::MsgIds&, const frame::TransportInfo&, int enable) {
     SYSCTRL_LOG(LOG_NOTICE, "%s:%d:%s(): called: %d \n", enable);
-    const boost::shared_ptr<zo::port::OledPanel> panel = oledPanel(m_factory);
+    const boost::shared_ptr<zo::port::OledPanel> panel =
+        portObject(&zo::port::Factory::getOledPanel);
     if (!panel) {
         return -1;
     }
@@ -76,7 +75,8 @@ int Application::setOledManualGainEnable(frame::MsgIds&, const frame::TransportI
 
 int Application::getOledManualGainEnable(frame::MsgIds&, const frame::TransportInfo&) {
     SYSCTRL_LOG(LOG_NOTICE, "%s:%d:%s(): called \n");
-    const boost::shared_ptr<zo::port::OledPanel> panel = oledPanel(m_factory);
+    const boost::shared_ptr<zo::port::OledPanel> panel =
+        portObject(&zo::port::Factory::getOledPanel);
     if (!panel) {
         return 0;
     }
@@ -87,7 +87,8 @@ int Application::getOledManualGainEnable(frame::MsgIds&, const frame::TransportI
 
 int Application::setOledLeaEnable(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
                                   unsigned char enable) {
-    const boost::shared_ptr<zo::port::OledPanel> panel = oledPanel(m_factory);
+    const boost::shared_ptr<zo::port::OledPanel> panel =
+        portObject(&zo::port::Factory::getOledPanel);
     if (!panel) {
         return 0;
     }
@@ -99,7 +100,8 @@ int Application::setOledLeaEnable(frame::MsgIds& msgIds, const frame::TransportI
 
 int Application::setOledCpcEnable(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
                                   unsigned char enable) {
-    const boost::shared_ptr<zo::port::OledPanel> panel = oledPanel(m_factory);
+    const boost::shared_ptr<zo::port::OledPanel> panel =
+        portObject(&zo::port::Factory::getOledPanel);
     if (!panel) {
         return 0;
     }

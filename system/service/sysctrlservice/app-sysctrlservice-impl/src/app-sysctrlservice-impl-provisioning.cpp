@@ -160,7 +160,7 @@ int Application::getEaromSize(frame::MsgIds& msgIds, const frame::TransportInfo&
 
 int Application::getChipID(frame::MsgIds& msgIds, const frame::TransportInfo& transport) {
     const boost::shared_ptr<zo::port::HardwareInfo> hardware =
-        m_factory ? m_factory->getHardwareInfo() : boost::shared_ptr<zo::port::HardwareInfo>();
+        portObject(&zo::port::Factory::getHardwareInfo);
     std::string chipId;
     if (hardware) {
         const int result = hardware->getChipId(chipId);
@@ -182,7 +182,7 @@ int Application::getYTSignature(frame::MsgIds& msgIds, const frame::TransportInf
         SYSCTRL_LOG(LOG_PORT_ERROR, "%s:%d:%s(): param message must not null, please check.\n");
         return -1;
     }
-    const boost::shared_ptr<zo::port::Signer> signer = m_factory->getSigner();
+    const boost::shared_ptr<zo::port::Signer> signer = portObject(&zo::port::Factory::getSigner);
     if (!signer) {
         return -1;
     }

@@ -24,21 +24,13 @@ const char kScreenTypeKey[] = "ScreenType";
 std::atomic<int> g_screenType(-1);
 const int kScreenTypeOled = 1;
 
-// The ZAM object, asked of the factory for one call; empty without a factory.
-boost::shared_ptr<zo::port::ZamControl> zamControl(
-    const boost::shared_ptr<zo::port::Factory>& factory) {
-    return factory ? factory->getZamControl() : boost::shared_ptr<zo::port::ZamControl>();
-}
-
 }  // namespace
 
 int Application::restartSystem(frame::MsgIds&, const frame::TransportInfo&) {
-    boost::shared_ptr<zo::port::OledPanel> panel;
-    boost::shared_ptr<zo::port::SystemControl> systemControl;
-    if (m_factory) {
-        panel = m_factory->getOledPanel();
-        systemControl = m_factory->getSystemControl();
-    }
+    const boost::shared_ptr<zo::port::OledPanel> panel =
+        portObject(&zo::port::Factory::getOledPanel);
+    const boost::shared_ptr<zo::port::SystemControl> systemControl =
+        portObject(&zo::port::Factory::getSystemControl);
 
     // Any panel the factory hands out is switched off before the restart, whatever its type.
     if (panel) {
@@ -70,12 +62,10 @@ int Application::controlPanelPower(frame::MsgIds&, const frame::TransportInfo&, 
     }
     SYSCTRL_LOG(LOG_NOTICE, "%s:%d:%s(): set panel power %d, ScreenType %d \n", off, type);
 
-    boost::shared_ptr<zo::port::OledPanel> panel;
-    boost::shared_ptr<zo::port::SystemControl> systemControl;
-    if (m_factory) {
-        panel = m_factory->getOledPanel();
-        systemControl = m_factory->getSystemControl();
-    }
+    const boost::shared_ptr<zo::port::OledPanel> panel =
+        portObject(&zo::port::Factory::getOledPanel);
+    const boost::shared_ptr<zo::port::SystemControl> systemControl =
+        portObject(&zo::port::Factory::getSystemControl);
 
     // An OLED panel is switched by the panel object itself; there the argument means "off".
     if (panel && type == kScreenTypeOled) {
@@ -98,7 +88,8 @@ int Application::controlPanelPower(frame::MsgIds&, const frame::TransportInfo&, 
 // The ZAM options: a set without the ZAM object ignores them silently.
 
 int Application::setBootEnvDbtable(frame::MsgIds&, const frame::TransportInfo&, int value) {
-    const boost::shared_ptr<zo::port::ZamControl> zam = zamControl(m_factory);
+    const boost::shared_ptr<zo::port::ZamControl> zam =
+        portObject(&zo::port::Factory::getZamControl);
     if (!zam) {
         return 0;
     }
@@ -111,7 +102,8 @@ int Application::setBootEnvDbtable(frame::MsgIds&, const frame::TransportInfo&, 
 }
 
 int Application::controlComEnabled(frame::MsgIds&, const frame::TransportInfo&, int value) {
-    const boost::shared_ptr<zo::port::ZamControl> zam = zamControl(m_factory);
+    const boost::shared_ptr<zo::port::ZamControl> zam =
+        portObject(&zo::port::Factory::getZamControl);
     if (!zam) {
         return 0;
     }
@@ -123,7 +115,8 @@ int Application::controlComEnabled(frame::MsgIds&, const frame::TransportInfo&, 
 }
 
 int Application::controlUartState(frame::MsgIds&, const frame::TransportInfo&, int value) {
-    const boost::shared_ptr<zo::port::ZamControl> zam = zamControl(m_factory);
+    const boost::shared_ptr<zo::port::ZamControl> zam =
+        portObject(&zo::port::Factory::getZamControl);
     if (!zam) {
         return 0;
     }
@@ -141,7 +134,8 @@ int Application::controlUartState(frame::MsgIds&, const frame::TransportInfo&, i
 
 int Application::setGpioStatus(frame::MsgIds&, const frame::TransportInfo&, int gpio, int value) {
     SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): Called,value:%d.\n", value);
-    const boost::shared_ptr<zo::port::ZamControl> zam = zamControl(m_factory);
+    const boost::shared_ptr<zo::port::ZamControl> zam =
+        portObject(&zo::port::Factory::getZamControl);
     if (!zam) {
         return 0;
     }

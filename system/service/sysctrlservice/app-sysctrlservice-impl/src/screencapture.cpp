@@ -3,8 +3,8 @@
 
 #include <cstdlib>
 
-#include "picturegenerator.h"
 #include "SysctrlLog.h"
+#include "picturegenerator.h"
 
 // Levels: progress 4000; the port's refusals 1000; bad input and a file not written 3000.
 
