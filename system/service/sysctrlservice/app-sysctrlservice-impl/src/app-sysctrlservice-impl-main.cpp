@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "PortObserver.h"
+#include "StatusCodes.h"
 #include "SysctrlLog.h"
 #include "zo/Mutex.h"
 #include "zo/port/Antenna.h"
@@ -59,12 +60,12 @@ int32_t Application::performSetupDone() {
     status = getInterfaceReference(zo::port::kPierInterfaceName, m_pierInterface);
     if (status < 0 || !m_pierInterface) {
         SYSCTRL_LOG(LOG_ERROR, "%s:%d:%s(): Unable to obtain pier interface: %d.\n", status);
-        return -2;
+        return kStatusNoEntry;
     }
     m_pier = static_cast<zo::port::Pier*>(m_pierInterface->getImplementation());
     if (m_pier == nullptr) {
         SYSCTRL_LOG(LOG_ERROR, "%s:%d:%s(): Unable to obtain pier interface: %d.\n", status);
-        return -2;
+        return kStatusNoEntry;
     }
 
     m_chassisDescription = m_pier->getChassisDescription();
@@ -146,13 +147,13 @@ int32_t Application::performStopping() {
 
 int Application::addClient(ClientInterfacePtr client) {
     if (!client) {
-        return -22;
+        return kStatusInvalid;
     }
     zo::MutexGuard guard(getApplicationLock());
     const auto found = std::find(m_clients.begin(), m_clients.end(), client);
     if (found != m_clients.end()) {
         SYSCTRL_LOG(LOG_ERROR, "%s:%d:%s(): Client already exists.\n");
-        return -17;
+        return kStatusExists;
     }
     m_clients.push_back(client);
     return 0;
@@ -162,7 +163,7 @@ int Application::removeClient(ClientInterfacePtr client) {
     zo::MutexGuard guard(getApplicationLock());
     const auto found = std::find(m_clients.begin(), m_clients.end(), client);
     if (!client || found == m_clients.end()) {
-        return -2;
+        return kStatusNoEntry;
     }
     m_clients.erase(found);
     return 0;
@@ -183,7 +184,7 @@ int Application::notify(zo::port::eventClass_enum eventClass,
         const boost::shared_ptr<zo::port::OledPanel> panel =
             boost::dynamic_pointer_cast<zo::port::OledPanel>(subject);
         if (!panel) {
-            return -22;
+            return kStatusInvalid;
         }
         if ((eventId & 0x100) != 0) {
             updateOledPanelInfo();
@@ -200,7 +201,7 @@ int Application::notify(zo::port::eventClass_enum eventClass,
     const boost::shared_ptr<zo::port::OperationHours> operationHours =
         boost::dynamic_pointer_cast<zo::port::OperationHours>(subject);
     if (!operationHours) {
-        return -22;
+        return kStatusInvalid;
     }
     const OptimeInfo info = readOptimeInfo(*operationHours);
     deliverUnsolicited(&ClientInterface::requestOptimeInfoResult, info);

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 
+#include "StatusCodes.h"
 #include "SysctrlLog.h"
 #include "zo/port/CredentialsState.h"
 #include "zo/port/Factory.h"
@@ -15,11 +16,6 @@
 namespace sysctrlservice {
 
 namespace {
-
-// Negated Linux error numbers of the provisioning results.
-const int kErrIo = -5;             // EIO
-const int kErrAccess = -13;        // EACCES
-const int kErrConnRefused = -111;  // ECONNREFUSED
 
 // The credentials mode that deletes instead of rewriting.
 const int kDeleteCredentialsMode = 1;
@@ -65,10 +61,10 @@ int Application::burnFuses(frame::MsgIds& msgIds, const frame::TransportInfo& tr
     int code = 0;
     if (!m_factoryManager) {
         SYSCTRL_LOG(LOG_PORT_ERROR, "%s:%d:%s(): Factorymanager not available.\n");
-        code = kErrConnRefused;
+        code = kStatusConnectionRefused;
     } else if (!m_factoryManager->burnSecureFuses(fuses)) {
         SYSCTRL_LOG(LOG_PORT_ERROR, "%s:%d:%s(): Error while burning fuses.\n");
-        code = kErrIo;
+        code = kStatusIoError;
     }
     deliverToClients(&ClientInterface::burnFusesResult, msgIds, transport, code);
     return 0;
@@ -108,15 +104,15 @@ int Application::reinitCredentials(frame::MsgIds& msgIds, const frame::Transport
     int code = 0;
     if (!m_factoryManager) {
         SYSCTRL_LOG(LOG_PORT_ERROR, "%s:%d:%s(): Factorymanager not available.\n");
-        code = kErrConnRefused;
+        code = kStatusConnectionRefused;
     } else if (mode == kDeleteCredentialsMode) {
         if (!m_factoryManager->deleteCredentials(kDeleteCredentialsMode)) {
             SYSCTRL_LOG(LOG_PORT_ERROR, "%s:%d:%s(): Error in delete of credentials.\n");
-            code = kErrAccess;
+            code = kStatusAccessDenied;
         }
     } else if (!m_factoryManager->rewriteCredentials(mode)) {
         SYSCTRL_LOG(LOG_PORT_ERROR, "%s:%d:%s(): Error in rewrite of credentials.\n");
-        code = kErrIo;
+        code = kStatusIoError;
     }
     deliverToClients(&ClientInterface::reinitCredentialsResult, msgIds, transport, code);
     return 0;

@@ -8,6 +8,7 @@
 #include <boost/tokenizer.hpp>
 
 #include "CommandText.h"
+#include "StatusCodes.h"
 #include "SysctrlLog.h"
 #include "zo/port/FarField.h"
 
@@ -15,10 +16,6 @@ namespace sysctrlservice {
 namespace {
 
 const char kReplyInvalidParam[] = "err:invalid param";
-
-// The statuses of the language's own failures.
-const int32_t kStatusNoPort = -5;
-const int32_t kStatusBadCommand = -14;
 
 // A number as strtol reads it (leading blanks skipped, digits up to the first other character, 0
 // when there are none), limited to 32 bits as on the set, where long is 32 bits wide.
@@ -60,7 +57,7 @@ int32_t FarFieldControl::do_cmd(const std::string& command, const std::string& d
                 data.c_str());
     if (!m_farField) {
         SYSCTRL_LOG(LOG_PORT_ERROR, "%s:%d:%s(): Cannot get far field object\n");
-        return kStatusNoPort;
+        return kStatusIoError;
     }
     if (!splitCommand(command, result)) {
         return kStatusBadCommand;

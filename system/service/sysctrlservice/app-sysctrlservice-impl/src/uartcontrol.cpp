@@ -4,6 +4,7 @@
 #include <cstring>
 #include <memory>
 
+#include "StatusCodes.h"
 #include "SysctrlLog.h"
 #include "zo/Base64.h"
 #include "zo/port/Uart.h"
@@ -120,14 +121,14 @@ int32_t uartcontrol::do_cmd(const std::string& command, const std::string& data,
 int32_t uartcontrol::writeUart(const std::string& text) {
     if (!m_uart) {
         logMissingPort();
-        return -5;
+        return kStatusIoError;
     }
     unsigned char* bytes = nullptr;
     const int length = zo::base64::decode(text.data(), text.size(), &bytes);
     const CodecBuffer owned(bytes, zo::base64::release);
-    int32_t status = length < 0 ? -5 : 0;
+    int32_t status = length < 0 ? kStatusIoError : 0;
     if (length > 0) {
-        status = m_uart->write(bytes, length, 1) == length ? 0 : -5;
+        status = m_uart->write(bytes, length, 1) == length ? 0 : kStatusIoError;
     }
     SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): %d bytes written to UART.\n", length);
     return status;
@@ -144,7 +145,7 @@ int32_t uartcontrol::writeUartFactory(const std::string& text) {
 int32_t uartcontrol::readUart(std::string& out) {
     if (!m_uart) {
         logMissingPort();
-        return -5;
+        return kStatusIoError;
     }
     uint8_t buffer[kReadCapacity] = {};
     // A port that claims more than the buffer holds cannot have filled more.
@@ -152,14 +153,14 @@ int32_t uartcontrol::readUart(std::string& out) {
     if (count <= 0) {
         SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): %d(encoded:%d) bytes read from UART(%s).\n", count, 0,
                     "");
-        return count < 0 ? -5 : 0;
+        return count < 0 ? kStatusIoError : 0;
     }
     char* text = nullptr;
     const int encodedLength = zo::base64::encode(buffer, static_cast<size_t>(count), &text);
     const CodecBuffer owned(text, zo::base64::release);
     if (encodedLength < 0 || text == nullptr) {
         SYSCTRL_LOG(LOG_PORT_ERROR, "%s:%d:%s(): Cannot encode %d bytes read from UART.\n", count);
-        return -5;
+        return kStatusIoError;
     }
     out.assign(text, static_cast<size_t>(encodedLength));
     SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): strlen=%d size=%d", static_cast<int>(std::strlen(text)),
@@ -177,7 +178,7 @@ int32_t uartcontrol::readUartFactory(std::string& out) {
 int32_t uartcontrol::init(const std::string& settings) {
     if (!m_uart) {
         logMissingPort();
-        return -5;
+        return kStatusIoError;
     }
     // "8BITS_ASYNCHRON_PARITY", "PARITY_EVEN" and "STOPBITS_1" name the defaults and change
     // nothing.
@@ -199,8 +200,9 @@ int32_t uartcontrol::init(const std::string& settings) {
     }
     const int oddParity = contains(settings, "PARITY_ODD") ? 1 : 0;
     const int twoStopBits = contains(settings, "STOPBITS_2") ? 1 : 0;
-    return m_uart->configure(frameFormat, baudRateIndex, oddParity, twoStopBits, 1, 1) == 0 ? 0
-                                                                                            : -5;
+    return m_uart->configure(frameFormat, baudRateIndex, oddParity, twoStopBits, 1, 1) == 0
+               ? 0
+               : kStatusIoError;
 }
 
 int32_t uartcontrol::initFactory(const std::string& settings) {
