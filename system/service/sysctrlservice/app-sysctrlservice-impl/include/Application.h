@@ -243,6 +243,12 @@ class Application : public frame::AbstractApplication, public ServiceInterface {
 
     // The maintenance run's thread (app-sysctrlservice-impl-oledmaint.cpp)
     static void* oledMaintThread(void* argument);
+    // One run with the caller's flag: records, the panel's run, counters, the clients told.
+    void runOledMaintenance(uint32_t flag);
+    // Records the run's start; returns the status code to show while it runs.
+    int recordRunStart(uint32_t flag, int tempLut);
+    // Clears the operating-time counters the run's result names, recording each.
+    void clearCounters(int result);
 
     zo::port::Pier* m_pier;
     boost::shared_ptr<zo::port::RemoteControl> m_remoteControl;

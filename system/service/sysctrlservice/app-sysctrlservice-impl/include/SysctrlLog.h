@@ -32,17 +32,26 @@ inline const char* logBaseName(const char* path) {
 }  // namespace sysctrlservice
 
 // Logs a message whose format starts with "%s:%d:%s(): "; the macro supplies the file's base name,
-// the line and the function. Arguments are evaluated only when the level is enabled.
-#define SYSCTRL_LOG_IN(module, level, format, ...)                                                 \
+// the line and `function`. Arguments are evaluated only when the level is enabled.
+#define SYSCTRL_LOG_FOR(module, level, function, format, ...)                                      \
     do {                                                                                           \
         const uint32_t sysctrlLevelWord_ = ::zo::debug::levelWord((module), (level));              \
         if (::zo::debug::isEnabled(sysctrlLevelWord_)) {                                           \
             ::zo::debug::print(sysctrlLevelWord_, format, ::sysctrlservice::logBaseName(__FILE__), \
-                               __LINE__, __func__, ##__VA_ARGS__);                                 \
+                               __LINE__, (function), ##__VA_ARGS__);                               \
         }                                                                                          \
     } while (0)
 
+// The same under the enclosing function's name.
+#define SYSCTRL_LOG_IN(module, level, format, ...) \
+    SYSCTRL_LOG_FOR(module, level, __func__, format, ##__VA_ARGS__)
+
 #define SYSCTRL_LOG(level, format, ...) \
     SYSCTRL_LOG_IN(::sysctrlservice::LOG_MODULE_SYSCTRL, level, format, ##__VA_ARGS__)
+
+// A step of a long operation, kept in a function of its own, logs under the operation's name
+// (`function`), so that its messages read as they always have.
+#define SYSCTRL_LOG_AS(function, level, format, ...) \
+    SYSCTRL_LOG_FOR(::sysctrlservice::LOG_MODULE_SYSCTRL, level, function, format, ##__VA_ARGS__)
 
 #endif

@@ -38,11 +38,60 @@ const int kRefreshTimeCounter = 4;
 const int kMaintThreadPriority = -2;
 const unsigned int kPanelCyclePauseMilliseconds = 3000;
 
+// The maintenance thread's steps log under the thread's name.
+const char kMaintThreadName[] = "oledMaintThread";
+
 // Tells the panel about a care event, when the service holds one.
 void markPanelEvent(const boost::shared_ptr<zo::port::OledPanel>& panel, PMRType type) {
     if (panel) {
         panel->markPanelEvent(type);
     }
+}
+
+// The board's temperature table, 0 when it cannot be read.
+int readTempLut(uint32_t flag) {
+    int tempLut = 0;
+    if (tvConfig::ConfigUtil::instance().readInt("/quentadata/model/config/board.ini", "OLED",
+                                                 "OLED_TempLUT", tempLut) == 0) {
+        SYSCTRL_LOG_AS(kMaintThreadName, LOG_PORT_ERROR, "%s:%d:%s(): read OLED_TempLUT failed\n");
+        tempLut = 0;
+    }
+    SYSCTRL_LOG_AS(kMaintThreadName, LOG_TRACE, "%s:%d:%s(): OLED maintance: tmpLUT %d, flag %d\n",
+                   tempLut, static_cast<int>(flag));
+    return tempLut;
+}
+
+// Runs the panel's maintenance under its status code and, when the result or the caller asks for
+// it and a display can show it, the panel cycle with its pause. Returns the run's result.
+int runOnPanel(zo::port::OledPanel& panel,
+               const boost::shared_ptr<zo::port::StatusDisplay>& display, uint32_t flag,
+               int statusCode) {
+    SYSCTRL_LOG_AS(kMaintThreadName, LOG_TRACE, "%s:%d:%s(): oled maintenance begin\n");
+    if (display) {
+        display->showStatus(statusCode);
+    } else {
+        SYSCTRL_LOG_AS(kMaintThreadName, LOG_PORT_ERROR,
+                       "%s:%d:%s(): Cannot get StatusDisplay object\n");
+    }
+    const int result = panel.runMaintenance(flag);
+    SYSCTRL_LOG_AS(kMaintThreadName, LOG_TRACE, "%s:%d:%s(): oled maintenance end, ret = %d\n",
+                   result);
+    if (!display) {
+        // Without a status display nobody would see the cycle, so it is left out.
+        return result;
+    }
+    const bool cycle = (result & kResultPanelCycle) != 0 || (flag & kFlagForceCycle) != 0;
+    if (!cycle) {
+        display->hideStatus(statusCode);
+        return result;
+    }
+    display->showStatus(kStatusPanelCycle);
+    display->hideStatus(statusCode);
+    panel.panelCycleBegin();
+    zo::thread::sleep(kPanelCyclePauseMilliseconds);
+    panel.panelCycleEnd();
+    display->hideStatus(kStatusPanelCycle);
+    return result;
 }
 
 }  // namespace
@@ -89,87 +138,7 @@ void* Application::oledMaintThread(void* argument) {
         return nullptr;
     }
     try {
-        const uint32_t flag = self->m_maintFlags;
-
-        int tempLut = 0;
-        if (tvConfig::ConfigUtil::instance().readInt("/quentadata/model/config/board.ini", "OLED",
-                                                     "OLED_TempLUT", tempLut) == 0) {
-            SYSCTRL_LOG(LOG_PORT_ERROR, "%s:%d:%s(): read OLED_TempLUT failed\n");
-            tempLut = 0;
-        }
-        SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): OLED maintance: tmpLUT %d, flag %d\n", tempLut,
-                    static_cast<int>(flag));
-
-        const boost::shared_ptr<zo::port::StatusDisplay> display =
-            self->portObject(&zo::port::Factory::getStatusDisplay);
-        if (!self->m_oledPanel) {
-            // The records are still kept; only the panel is not told of the events.
-            SYSCTRL_LOG(LOG_PORT_ERROR, "%s:%d:%s(): Cannot get oled panel object\n");
-        }
-
-        // With temperature table 1 a run counts as maintenance only when the caller asked for it.
-        if (tempLut != 1 || (flag & kFlagMaintenance) != 0) {
-            markPanelEvent(self->m_oledPanel, PMR_MAINT_RUN);
-            self->addPMRecord(PMR_MAINT_RUN);
-        }
-        int statusCode = kStatusMaintenance;
-        if ((flag & kFlagRefresh) != 0) {
-            markPanelEvent(self->m_oledPanel, PMR_REFRESH_RUN);
-            self->addPMRecord(PMR_REFRESH_RUN);
-            statusCode = kStatusRefresh;
-        }
-
-        int result = 0;
-        const boost::shared_ptr<zo::port::OledPanel> panel =
-            self->portObject(&zo::port::Factory::getOledPanel);
-        if (!panel) {
-            SYSCTRL_LOG(LOG_PORT_ERROR, "%s:%d:%s(): Cannot get oled maintenance object\n");
-        } else {
-            SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): oled maintenance begin\n");
-            if (display) {
-                display->showStatus(statusCode);
-            } else {
-                SYSCTRL_LOG(LOG_PORT_ERROR, "%s:%d:%s(): Cannot get StatusDisplay object\n");
-            }
-            result = panel->runMaintenance(flag);
-            SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): oled maintenance end, ret = %d\n", result);
-
-            const bool cycle = (result & kResultPanelCycle) != 0 || (flag & kFlagForceCycle) != 0;
-            if (!cycle) {
-                if (display) {
-                    display->hideStatus(statusCode);
-                }
-            } else if (display) {
-                // Without a status display nobody would see the cycle, so it is left out.
-                display->showStatus(kStatusPanelCycle);
-                display->hideStatus(statusCode);
-                panel->panelCycleBegin();
-                zo::thread::sleep(kPanelCyclePauseMilliseconds);
-                panel->panelCycleEnd();
-                display->hideStatus(kStatusPanelCycle);
-            }
-        }
-
-        const boost::shared_ptr<zo::port::OperationHours> hours =
-            self->portObject(&zo::port::Factory::getOperationHours);
-        if (!hours) {
-            SYSCTRL_LOG(LOG_PORT_ERROR, "%s:%d:%s(): Cannot get operation hours object\n");
-        } else {
-            if ((result & kResultClearMaintTime) != 0) {
-                SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): clear panel maint time\n");
-                hours->clearOperationTime(kMaintTimeCounter);
-                markPanelEvent(self->m_oledPanel, PMR_MAINT_CLEARED);
-                self->addPMRecord(PMR_MAINT_CLEARED);
-            }
-            if ((result & kResultClearRefreshTime) != 0) {
-                SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): clear panel refresh time\n");
-                hours->clearOperationTime(kRefreshTimeCounter);
-                markPanelEvent(self->m_oledPanel, PMR_REFRESH_CLEARED);
-                self->addPMRecord(PMR_REFRESH_CLEARED);
-            }
-        }
-
-        self->deliverUnsolicited(&ClientInterface::oledMaintResult, result);
+        self->runOledMaintenance(self->m_maintFlags);
     } catch (const std::exception& error) {
         // Nothing may leave a thread entry, and the running flag must clear whatever happened.
         SYSCTRL_LOG(LOG_ERROR, "%s:%d:%s(): oled maintenance failed: %s\n", error.what());
@@ -179,6 +148,66 @@ void* Application::oledMaintThread(void* argument) {
     // The last step: a new run may start from here on.
     self->m_maintRunning = false;
     return nullptr;
+}
+
+void Application::runOledMaintenance(uint32_t flag) {
+    const int tempLut = readTempLut(flag);
+    const boost::shared_ptr<zo::port::StatusDisplay> display =
+        portObject(&zo::port::Factory::getStatusDisplay);
+    if (!m_oledPanel) {
+        // The records are still kept; only the panel is not told of the events.
+        SYSCTRL_LOG_AS(kMaintThreadName, LOG_PORT_ERROR,
+                       "%s:%d:%s(): Cannot get oled panel object\n");
+    }
+    const int statusCode = recordRunStart(flag, tempLut);
+
+    int result = 0;
+    const boost::shared_ptr<zo::port::OledPanel> panel =
+        portObject(&zo::port::Factory::getOledPanel);
+    if (!panel) {
+        SYSCTRL_LOG_AS(kMaintThreadName, LOG_PORT_ERROR,
+                       "%s:%d:%s(): Cannot get oled maintenance object\n");
+    } else {
+        result = runOnPanel(*panel, display, flag, statusCode);
+    }
+    clearCounters(result);
+    deliverUnsolicited(&ClientInterface::oledMaintResult, result);
+}
+
+int Application::recordRunStart(uint32_t flag, int tempLut) {
+    // With temperature table 1 a run counts as maintenance only when the caller asked for it.
+    if (tempLut != 1 || (flag & kFlagMaintenance) != 0) {
+        markPanelEvent(m_oledPanel, PMR_MAINT_RUN);
+        addPMRecord(PMR_MAINT_RUN);
+    }
+    if ((flag & kFlagRefresh) == 0) {
+        return kStatusMaintenance;
+    }
+    markPanelEvent(m_oledPanel, PMR_REFRESH_RUN);
+    addPMRecord(PMR_REFRESH_RUN);
+    return kStatusRefresh;
+}
+
+void Application::clearCounters(int result) {
+    const boost::shared_ptr<zo::port::OperationHours> hours =
+        portObject(&zo::port::Factory::getOperationHours);
+    if (!hours) {
+        SYSCTRL_LOG_AS(kMaintThreadName, LOG_PORT_ERROR,
+                       "%s:%d:%s(): Cannot get operation hours object\n");
+        return;
+    }
+    if ((result & kResultClearMaintTime) != 0) {
+        SYSCTRL_LOG_AS(kMaintThreadName, LOG_TRACE, "%s:%d:%s(): clear panel maint time\n");
+        hours->clearOperationTime(kMaintTimeCounter);
+        markPanelEvent(m_oledPanel, PMR_MAINT_CLEARED);
+        addPMRecord(PMR_MAINT_CLEARED);
+    }
+    if ((result & kResultClearRefreshTime) != 0) {
+        SYSCTRL_LOG_AS(kMaintThreadName, LOG_TRACE, "%s:%d:%s(): clear panel refresh time\n");
+        hours->clearOperationTime(kRefreshTimeCounter);
+        markPanelEvent(m_oledPanel, PMR_REFRESH_CLEARED);
+        addPMRecord(PMR_REFRESH_CLEARED);
+    }
 }
 
 }  // namespace sysctrlservice
