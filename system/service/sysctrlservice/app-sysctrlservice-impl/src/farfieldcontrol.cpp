@@ -44,6 +44,147 @@ const std::string& versionDelimiters() {
     return delimiters;
 }
 
+// What a far-field command works on: the port, the data string, the line's second word and the
+// reply data it fills in.
+struct FarFieldCall {
+    zo::port::FarField& port;
+    const std::string& data;
+    const std::string& secondWord;
+    std::string& resultData;
+
+    // The switches take exactly "1" as on; "on", " 1", "01" and "" are off.
+    bool on() const { return data == "1"; }
+};
+
+struct FarFieldOutcome {
+    int32_t code;
+    // Queries answer a value, not a status: whatever it is, the reply is "ok".
+    bool valueReply;
+    bool invalidParam;
+};
+
+FarFieldOutcome status(int32_t code) {
+    return FarFieldOutcome{code, false, false};
+}
+
+FarFieldOutcome value(int32_t code) {
+    return FarFieldOutcome{code, true, false};
+}
+
+// The language's messages, wherever a command runs, are do_cmd's.
+const char kDoCmd[] = "do_cmd";
+
+FarFieldOutcome switchCommand(const FarFieldCall& call, const char* name,
+                              int32_t (zo::port::FarField::*set)(bool)) {
+    call.resultData = name;
+    return status((call.port.*set)(call.on()));
+}
+
+FarFieldOutcome runMode(const FarFieldCall& call) {
+    if (call.secondWord == "resume") {
+        // Resuming starts the unit afresh; only the mode's own result counts.
+        call.port.reinit();
+    }
+    const int32_t code = call.port.setMode(call.data.c_str());
+    call.resultData = "mode " + call.data + " " + std::to_string(code);
+    return status(code);
+}
+
+FarFieldOutcome runReinit(const FarFieldCall& call) {
+    const int32_t code = call.port.reinit();
+    call.resultData = "reinit " + call.data + " " + std::to_string(code);
+    return status(code);
+}
+
+FarFieldOutcome runTriggerDuration(const FarFieldCall& call) {
+    uint32_t first = 0;
+    uint32_t second = 0;
+    const int32_t code = call.port.getTriggerDuration(&first, &second);
+    call.resultData = std::to_string(first) + " " + std::to_string(second);
+    return status(code);
+}
+
+FarFieldOutcome runVersion(const FarFieldCall& call) {
+    const std::string version = call.port.getVersion();
+    call.resultData = "getVersion " + version;
+    return value(FarFieldControl::packVersion(version));
+}
+
+FarFieldOutcome runMicMeter(const FarFieldCall& call) {
+    int32_t first = 0;
+    int32_t second = 0;
+    const int32_t code = call.port.getMicMeter(&first, &second);
+    call.resultData = "micMeter " + std::to_string(code) + " " + std::to_string(first) + " " +
+                      std::to_string(second);
+    SYSCTRL_LOG_AS(kDoCmd, LOG_TRACE, "%s:%d:%s(): [0x%x] 0x%x-0x%x\n", code, first, second);
+    return value(code);
+}
+
+FarFieldOutcome runSetLedColor(const FarFieldCall& call) {
+    // The two numbers are separated by a blank: a comma is a word of its own, so "255,0" reads
+    // its second number from "," as 0.
+    std::vector<std::string> numbers;
+    splitCommandWords(call.data, numbers);
+    if (numbers.size() < 2) {
+        return FarFieldOutcome{kStatusBadCommand, false, true};
+    }
+    const int32_t first = readNumber(numbers[0]);
+    const int32_t second = readNumber(numbers[1]);
+    const int32_t code = call.port.setLedColor(first, second);
+    SYSCTRL_LOG_AS(kDoCmd, LOG_TRACE, "%s:%d:%s(): [0x%x] 0x%x-0x%x\n", code, first, second);
+    // The colour is reported as set whatever the port said.
+    call.resultData = "setLedColor";
+    return value(code);
+}
+
+struct FarFieldCommand {
+    const char* word;
+    FarFieldOutcome (*run)(const FarFieldCall& call);
+};
+
+const FarFieldCommand kFarFieldCommands[] = {
+    {"power",
+     [](const FarFieldCall& c) {
+         return switchCommand(c, "power", &zo::port::FarField::setPower);
+     }},
+    {"upgrade",
+     [](const FarFieldCall& c) {
+         c.resultData = "upgrade";
+         return status(c.port.upgrade());
+     }},
+    {"mute",
+     [](const FarFieldCall& c) { return switchCommand(c, "mute", &zo::port::FarField::setMute); }},
+    {"led",
+     [](const FarFieldCall& c) { return switchCommand(c, "led", &zo::port::FarField::setLed); }},
+    {"getSwitchStatus",
+     [](const FarFieldCall& c) {
+         const int32_t code = c.port.getSwitchStatus();
+         c.resultData = "getSwitchStatus " + std::to_string(code);
+         return value(code);
+     }},
+    {"mode", &runMode},
+    {"reinit", &runReinit},
+    {"getTriggerDuration", &runTriggerDuration},
+    {"getUpgradeProgress",
+     [](const FarFieldCall& c) {
+         const int32_t code = c.port.getUpgradeProgress();
+         c.resultData = "getUpgradeProgress " + std::to_string(code);
+         return value(code);
+     }},
+    {"getVersion", &runVersion},
+    {"micMeter", &runMicMeter},
+    {"setLedColor", &runSetLedColor},
+};
+
+const FarFieldCommand* findFarFieldCommand(const std::string& word) {
+    for (const FarFieldCommand& command : kFarFieldCommands) {
+        if (word == command.word) {
+            return &command;
+        }
+    }
+    return nullptr;
+}
+
 }  // namespace
 
 FarFieldControl::FarFieldControl(boost::shared_ptr<zo::port::FarField> farField)
@@ -64,94 +205,24 @@ int32_t FarFieldControl::do_cmd(const std::string& command, const std::string& d
     }
     SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): FarFieldControl --> B\n");
 
-    zo::port::FarField& port = *m_farField;
-    const std::string& name = word(0);
-    // The switches take exactly "1" as on; "on", " 1", "01" and "" are off.
-    const bool on = data == "1";
-    int32_t code = 0;
-    bool matched = true;
-    // Queries answer a value, not a status: whatever it is, the reply is "ok".
-    bool valueReply = false;
-
-    if (name == "power") {
-        code = port.setPower(on);
-        resultData = "power";
-    } else if (name == "upgrade") {
-        code = port.upgrade();
-        resultData = "upgrade";
-    } else if (name == "mute") {
-        code = port.setMute(on);
-        resultData = "mute";
-    } else if (name == "led") {
-        code = port.setLed(on);
-        resultData = "led";
-    } else if (name == "getSwitchStatus") {
-        code = port.getSwitchStatus();
-        valueReply = true;
-        resultData = "getSwitchStatus " + std::to_string(code);
-    } else if (name == "mode") {
-        if (word(1) == "resume") {
-            // Resuming starts the unit afresh; only the mode's own result counts.
-            port.reinit();
-        }
-        code = port.setMode(data.c_str());
-        resultData = "mode " + data + " " + std::to_string(code);
-    } else if (name == "reinit") {
-        code = port.reinit();
-        resultData = "reinit " + data + " " + std::to_string(code);
-    } else if (name == "getTriggerDuration") {
-        uint32_t first = 0;
-        uint32_t second = 0;
-        code = port.getTriggerDuration(&first, &second);
-        resultData = std::to_string(first) + " " + std::to_string(second);
-    } else if (name == "getUpgradeProgress") {
-        code = port.getUpgradeProgress();
-        valueReply = true;
-        resultData = "getUpgradeProgress " + std::to_string(code);
-    } else if (name == "getVersion") {
-        const std::string version = port.getVersion();
-        code = packVersion(version);
-        valueReply = true;
-        resultData = "getVersion " + version;
-    } else if (name == "micMeter") {
-        int32_t first = 0;
-        int32_t second = 0;
-        code = port.getMicMeter(&first, &second);
-        valueReply = true;
-        resultData = "micMeter " + std::to_string(code) + " " + std::to_string(first) + " " +
-                     std::to_string(second);
-        SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): [0x%x] 0x%x-0x%x\n", code, first, second);
-    } else if (name == "setLedColor") {
-        // The two numbers are separated by a blank: a comma is a word of its own, so "255,0"
-        // reads its second number from "," as 0.
-        std::vector<std::string> numbers;
-        splitCommandWords(data, numbers);
-        if (numbers.size() < 2) {
-            result = kReplyInvalidParam;
-            return kStatusBadCommand;
-        }
-        const int32_t first = readNumber(numbers[0]);
-        const int32_t second = readNumber(numbers[1]);
-        code = port.setLedColor(first, second);
-        SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): [0x%x] 0x%x-0x%x\n", code, first, second);
-        // The colour is reported as set whatever the port said.
-        valueReply = true;
-        resultData = "setLedColor";
-    } else {
-        matched = false;
+    const FarFieldCommand* const found = findFarFieldCommand(word(0));
+    FarFieldOutcome outcome = status(0);
+    if (found != nullptr) {
+        outcome = found->run(FarFieldCall{*m_farField, data, word(1), resultData});
     }
-
+    if (outcome.invalidParam) {
+        result = kReplyInvalidParam;
+        return kStatusBadCommand;
+    }
     if (!resultData.empty()) {
         SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): %s.\n", resultData.c_str());
     }
-    if (!matched) {
+    if (found == nullptr) {
         result = kReplyUnknownCommand;
-    } else if (code == 0 || valueReply) {
-        result = kReplyOk;
     } else {
-        result = kReplyCommandError;
+        result = outcome.code == 0 || outcome.valueReply ? kReplyOk : kReplyCommandError;
     }
-    return code;
+    return outcome.code;
 }
 
 int32_t FarFieldControl::packVersion(const std::string& version) {
