@@ -16,6 +16,8 @@ struct SatelliteAntennaParams;
 
 namespace sysctrlservice {
 
+struct AntennaListsNamed;
+
 // The antenna text language: reads and writes the satellite and terrestrial antenna settings as
 // one line of key=value words. Made for one command and dropped afterwards; no lock.
 //
@@ -60,6 +62,8 @@ class antennacontrol {
     int getPinProtected(int index, zo::port::SatelliteAntennaParams& params);
 
   private:
+    void readSatelliteNumbers(const std::string& token, zo::port::SatelliteAntennaParams& params,
+                              AntennaListsNamed& named);
     // Word `index` of the command, or an empty word outside the list.
     const std::string& tokenAt(int index) const;
 

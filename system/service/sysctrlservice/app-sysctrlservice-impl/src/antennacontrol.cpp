@@ -10,6 +10,18 @@
 
 namespace sysctrlservice {
 
+// Which list fields the command being run has named so far: the first value of a list replaces
+// the values in force, later ones are added to it.
+struct AntennaListsNamed {
+    bool satId = false;
+    bool lnbFrequencyLow = false;
+    bool lnbFrequencyHigh = false;
+    bool channelNumber = false;
+    bool channelFrequency = false;
+    bool pin = false;
+    bool pinProtected = false;
+};
+
 namespace {
 
 using zo::port::SatelliteAntennaParams;
@@ -160,18 +172,6 @@ void appendUnsigned(std::string& text, const char* key, uint32_t value) {
     text += piece;
 }
 
-// Which list fields the command being run has named so far: the first value of a list replaces
-// the values in force, later ones are added to it.
-struct ListsNamed {
-    bool satId = false;
-    bool lnbFrequencyLow = false;
-    bool lnbFrequencyHigh = false;
-    bool channelNumber = false;
-    bool channelFrequency = false;
-    bool pin = false;
-    bool pinProtected = false;
-};
-
 template <typename Item>
 void startList(std::vector<Item>& list, bool& named) {
     if (named) {
@@ -299,7 +299,7 @@ int antennacontrol::setSatelliteAntenna(std::string& result) {
         {kHighBand, &antennacontrol::getHighBand},
     };
 
-    ListsNamed named;
+    AntennaListsNamed named;
     int recognised = 1;
     for (size_t index = 1; index < m_tokens.size(); ++index) {
         const std::string& token = m_tokens[index];
@@ -323,45 +323,7 @@ int antennacontrol::setSatelliteAntenna(std::string& result) {
             startList(params.pin, named.pin);
             params.pin.push_back(pin);
         }
-        if (contains(token, kSatId)) {
-            appendToList(params.satId, named.satId, getIntValue(token));
-        }
-        if (contains(token, kLnbFrequencyLow)) {
-            appendToList(params.lnbFrequencyLow, named.lnbFrequencyLow, getIntValue(token));
-        }
-        if (contains(token, kLnbFrequencyHigh)) {
-            appendToList(params.lnbFrequencyHigh, named.lnbFrequencyHigh, getIntValue(token));
-        }
-        if (contains(token, kMotorType)) {
-            params.motorType = getIntValue(token);
-        }
-        if (contains(token, kMotorMoveType)) {
-            params.motorMoveType = getIntValue(token);
-        }
-        if (contains(token, kMotorMoveData)) {
-            params.motorMoveData = getIntValue(token);
-        }
-        if (contains(token, kMotorPositionData)) {
-            params.motorPositionData = getIntValue(token);
-        }
-        if (contains(token, kDiseqcMode)) {
-            params.diseqcMode = static_cast<zo::port::antennaDiseqcMode_enum>(getIntValue(token));
-        }
-        if (contains(token, kRepeatRate)) {
-            params.repeatRate = static_cast<uint32_t>(getIntValue(token));
-        }
-        if (contains(token, kUnicableDevId)) {
-            params.unicableDevId = getIntValue(token);
-        }
-        if (contains(token, kSwitchDelay)) {
-            params.switchDelay = static_cast<uint32_t>(getIntValue(token));
-        }
-        if (contains(token, kChannelNumber)) {
-            appendToList(params.channelNumber, named.channelNumber, getIntValue(token));
-        }
-        if (contains(token, kChannelFrequency)) {
-            appendToList(params.channelFrequency, named.channelFrequency, getIntValue(token));
-        }
+        readSatelliteNumbers(token, params, named);
         if (recognised == 0) {
             // What was read so far is still written; a successful write answers "ok".
             result = "err: wrong parameter";
@@ -376,6 +338,51 @@ int antennacontrol::setSatelliteAntenna(std::string& result) {
     }
     result = "ok";
     return 1;
+}
+
+// The number-valued keys of a satellite setting found in `token`, each read after its equals sign.
+void antennacontrol::readSatelliteNumbers(const std::string& token,
+                                          zo::port::SatelliteAntennaParams& params,
+                                          AntennaListsNamed& named) {
+    if (contains(token, kSatId)) {
+        appendToList(params.satId, named.satId, getIntValue(token));
+    }
+    if (contains(token, kLnbFrequencyLow)) {
+        appendToList(params.lnbFrequencyLow, named.lnbFrequencyLow, getIntValue(token));
+    }
+    if (contains(token, kLnbFrequencyHigh)) {
+        appendToList(params.lnbFrequencyHigh, named.lnbFrequencyHigh, getIntValue(token));
+    }
+    if (contains(token, kMotorType)) {
+        params.motorType = getIntValue(token);
+    }
+    if (contains(token, kMotorMoveType)) {
+        params.motorMoveType = getIntValue(token);
+    }
+    if (contains(token, kMotorMoveData)) {
+        params.motorMoveData = getIntValue(token);
+    }
+    if (contains(token, kMotorPositionData)) {
+        params.motorPositionData = getIntValue(token);
+    }
+    if (contains(token, kDiseqcMode)) {
+        params.diseqcMode = static_cast<zo::port::antennaDiseqcMode_enum>(getIntValue(token));
+    }
+    if (contains(token, kRepeatRate)) {
+        params.repeatRate = static_cast<uint32_t>(getIntValue(token));
+    }
+    if (contains(token, kUnicableDevId)) {
+        params.unicableDevId = getIntValue(token);
+    }
+    if (contains(token, kSwitchDelay)) {
+        params.switchDelay = static_cast<uint32_t>(getIntValue(token));
+    }
+    if (contains(token, kChannelNumber)) {
+        appendToList(params.channelNumber, named.channelNumber, getIntValue(token));
+    }
+    if (contains(token, kChannelFrequency)) {
+        appendToList(params.channelFrequency, named.channelFrequency, getIntValue(token));
+    }
 }
 
 int antennacontrol::setTerrestrialAntenna(std::string& result) {
