@@ -187,6 +187,21 @@ void appendToList(std::vector<Item>& list, bool& named, int32_t value) {
     list.push_back(static_cast<Item>(value));
 }
 
+typedef int (antennacontrol::*WordParser)(int, SatelliteAntennaParams&);
+
+// The word-valued keys after satCables, in the order they are looked for.
+const struct {
+    const char* key;
+    WordParser parse;
+} kWordKeys[] = {
+    {kInstallationType, &antennacontrol::getInstallationType},
+    {kCtrlVoltage, &antennacontrol::getAntennaControlVoltage},
+    {kCommunalSupply, &antennacontrol::getAntennaCommunalSupply},
+    {kSignal22kHz, &antennacontrol::getAntenna22kHzSignal},
+    {kToneBurst, &antennacontrol::getToneBurst},
+    {kHighBand, &antennacontrol::getHighBand},
+};
+
 }  // namespace
 
 antennacontrol::antennacontrol(boost::shared_ptr<zo::port::Antenna> antenna) : m_antenna(antenna) {}
@@ -284,20 +299,6 @@ int antennacontrol::setSatelliteAntenna(std::string& result) {
         result = "err: get actual parameters failed";
         return 0;
     }
-
-    // The word-valued keys after satCables, in the order they are looked for.
-    typedef int (antennacontrol::*WordParser)(int, SatelliteAntennaParams&);
-    static const struct {
-        const char* key;
-        WordParser parse;
-    } kWordKeys[] = {
-        {kInstallationType, &antennacontrol::getInstallationType},
-        {kCtrlVoltage, &antennacontrol::getAntennaControlVoltage},
-        {kCommunalSupply, &antennacontrol::getAntennaCommunalSupply},
-        {kSignal22kHz, &antennacontrol::getAntenna22kHzSignal},
-        {kToneBurst, &antennacontrol::getToneBurst},
-        {kHighBand, &antennacontrol::getHighBand},
-    };
 
     AntennaListsNamed named;
     int recognised = 1;

@@ -104,6 +104,95 @@ void putLe32(uint8_t* at, uint32_t value) {
     putLe16(at + 2, static_cast<uint16_t>(value >> 16));
 }
 
+// The 54-byte header of an uncompressed 24-bit file.
+void writeBmpHeader(FILE* file, const BitMap& bitMap, uint32_t fileSize) {
+    uint8_t header[54] = {'B', 'M'};
+    putLe32(header + 2, fileSize);
+    putLe32(header + 10, 54);
+    putLe32(header + 14, 40);
+    putLe32(header + 18, static_cast<uint32_t>(bitMap.width));
+    putLe32(header + 22, static_cast<uint32_t>(bitMap.height));
+    putLe16(header + 26, 1);
+    putLe16(header + 28, 24);
+    fwrite(header, 1, sizeof header, file);
+}
+
+// The PNG writer's stages log under its name.
+const char kGeneratePng[] = "generatePNG";
+
+// The header and the transformations: the source pixels (blue, green, red, alpha) are written as
+// RGBA, or as RGB when the bitmap has no alpha.
+void writePngHeader(png_structp png, png_infop info, const BitMap& bitMap) {
+    const int colorType = bitMap.flag == 1 ? PNG_COLOR_TYPE_RGBA : PNG_COLOR_TYPE_RGB;
+    png_set_IHDR(png, info, static_cast<png_uint_32>(bitMap.width),
+                 static_cast<png_uint_32>(bitMap.height), bitMap.bit_depth, colorType,
+                 PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+    png_set_filter(png, PNG_FILTER_TYPE_BASE, kPngRowFilters);
+    png_set_compression_level(png, kPngZlibLevel);
+    png_set_compression_strategy(png, kPngZlibStrategy);
+    png_write_info(png, info);
+
+    // Each source pixel (blue, green, red, alpha) becomes red, green, blue and, for RGBA, alpha.
+    // libpng's BGR mode swaps the bytes in the copy of each row that it filters anyway, so the
+    // rows point into the capture buffer and no converted copy of the frame is made. Without
+    // alpha the fourth byte is skipped as filler.
+    png_set_bgr(png);
+    if (colorType == PNG_COLOR_TYPE_RGB) {
+        png_set_filler(png, 0, PNG_FILLER_AFTER);
+    }
+}
+
+// Writes the whole file through libpng and releases the two structures and the file, whatever
+// happens. Each stage has its own landing point for libpng's longjmp. Returns 0 or -1.
+int writePng(png_structp png, png_infop info, FILE* file, const BitMap& bitMap) {
+    if (setjmp(png_jmpbuf(png))) {
+        SYSCTRL_LOG_AS(kGeneratePng, LOG_ERROR, "%s:%d:%s(): Error: set jmp1\n");
+        png_destroy_write_struct(&png, &info);
+        fclose(file);
+        return -1;
+    }
+    png_init_io(png, file);
+
+    if (setjmp(png_jmpbuf(png))) {
+        SYSCTRL_LOG_AS(kGeneratePng, LOG_ERROR,
+                       "%s:%d:%s(): Error:failed png_create_write_struct.\n");
+        png_destroy_write_struct(&png, &info);
+        fclose(file);
+        return -1;
+    }
+    writePngHeader(png, info, bitMap);
+
+    // The row array is allocated inside this stage and stays allocated when it fails.
+    png_bytep* rows = nullptr;
+    if (setjmp(png_jmpbuf(png))) {
+        fputs("Error: set jmp\n", stdout);
+        png_destroy_write_struct(&png, &info);
+        fclose(file);
+        return -1;
+    }
+    const size_t height = static_cast<size_t>(bitMap.height);
+    const size_t rowBytes = static_cast<size_t>(bitMap.width) * 4;
+    rows = static_cast<png_bytep*>(png_malloc(png, height * sizeof(png_bytep)));
+    for (size_t y = 0; y < height; ++y) {
+        rows[y] = bitMap.buffer + y * rowBytes;
+    }
+    png_write_image(png, rows);
+
+    if (setjmp(png_jmpbuf(png))) {
+        png_free(png, rows);
+        fputs("Error: set jmp\n", stdout);
+        png_destroy_write_struct(&png, &info);
+        fclose(file);
+        return -1;
+    }
+    png_write_end(png, nullptr);
+
+    fclose(file);
+    png_free(png, rows);
+    png_destroy_write_struct(&png, &info);
+    return 0;
+}
+
 }  // namespace
 
 PictureGenerator::PictureGenerator() : m_bitMap{0, 0, 0, 0, nullptr} {}
@@ -161,66 +250,9 @@ int PictureGenerator::generatePNG(const char* path, const char* name) {
         return -1;
     }
 
-    if (setjmp(png_jmpbuf(png))) {
-        SYSCTRL_LOG(LOG_ERROR, "%s:%d:%s(): Error: set jmp1\n");
-        png_destroy_write_struct(&png, &info);
-        fclose(file);
+    if (writePng(png, info, file, m_bitMap) != 0) {
         return -1;
     }
-    png_init_io(png, file);
-
-    if (setjmp(png_jmpbuf(png))) {
-        SYSCTRL_LOG(LOG_ERROR, "%s:%d:%s(): Error:failed png_create_write_struct.\n");
-        png_destroy_write_struct(&png, &info);
-        fclose(file);
-        return -1;
-    }
-    const int colorType = m_bitMap.flag == 1 ? PNG_COLOR_TYPE_RGBA : PNG_COLOR_TYPE_RGB;
-    png_set_IHDR(png, info, static_cast<png_uint_32>(m_bitMap.width),
-                 static_cast<png_uint_32>(m_bitMap.height), m_bitMap.bit_depth, colorType,
-                 PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
-    png_set_filter(png, PNG_FILTER_TYPE_BASE, kPngRowFilters);
-    png_set_compression_level(png, kPngZlibLevel);
-    png_set_compression_strategy(png, kPngZlibStrategy);
-    png_write_info(png, info);
-
-    // Each source pixel (blue, green, red, alpha) becomes red, green, blue and, for RGBA, alpha.
-    // libpng's BGR mode swaps the bytes in the copy of each row that it filters anyway, so the
-    // rows point into the capture buffer and no converted copy of the frame is made. Without
-    // alpha the fourth byte is skipped as filler.
-    png_set_bgr(png);
-    if (colorType == PNG_COLOR_TYPE_RGB) {
-        png_set_filler(png, 0, PNG_FILLER_AFTER);
-    }
-
-    // The row array is allocated inside this stage and stays allocated when it fails.
-    png_bytep* rows = nullptr;
-    if (setjmp(png_jmpbuf(png))) {
-        fputs("Error: set jmp\n", stdout);
-        png_destroy_write_struct(&png, &info);
-        fclose(file);
-        return -1;
-    }
-    const size_t height = static_cast<size_t>(m_bitMap.height);
-    const size_t rowBytes = static_cast<size_t>(m_bitMap.width) * 4;
-    rows = static_cast<png_bytep*>(png_malloc(png, height * sizeof(png_bytep)));
-    for (size_t y = 0; y < height; ++y) {
-        rows[y] = m_bitMap.buffer + y * rowBytes;
-    }
-    png_write_image(png, rows);
-
-    if (setjmp(png_jmpbuf(png))) {
-        png_free(png, rows);
-        fputs("Error: set jmp\n", stdout);
-        png_destroy_write_struct(&png, &info);
-        fclose(file);
-        return -1;
-    }
-    png_write_end(png, nullptr);
-
-    fclose(file);
-    png_free(png, rows);
-    png_destroy_write_struct(&png, &info);
 
     // rename replaces a file of the full name; on failure the temporary file stays.
     if (rename(tempName.c_str(), fullName.c_str()) != 0) {
@@ -269,15 +301,7 @@ int PictureGenerator::generateBmp(const char* path, const char* name) {
         return -1;
     }
 
-    uint8_t header[54] = {'B', 'M'};
-    putLe32(header + 2, fileSize);
-    putLe32(header + 10, 54);
-    putLe32(header + 14, 40);
-    putLe32(header + 18, static_cast<uint32_t>(m_bitMap.width));
-    putLe32(header + 22, static_cast<uint32_t>(m_bitMap.height));
-    putLe16(header + 26, 1);
-    putLe16(header + 28, 24);
-    fwrite(header, 1, sizeof header, file);
+    writeBmpHeader(file, m_bitMap, fileSize);
     // Bands from the bottom of the picture up; the last one may hold fewer rows.
     for (size_t done = 0; done < height;) {
         const size_t count = std::min(bandRows, height - done);
