@@ -42,7 +42,7 @@ int main(int argc, char** argv) {
     applications[0]->setupDone();
     applications[0]->start();
     auto* service = static_cast<sysctrlservice::ServiceInterface*>(
-        zo::host::lookupInterface("zorbel.lm.interfaces.sysctrlservice"));
+        zo::host::lookupInterface(sysctrlservice::kServiceInterfaceName));
     sysctrlservice::dbus::DbusBridge::Options options;
     options.bus = bus.address();
     sysctrlservice::dbus::DbusBridge bridge([service] { return service; }, options);

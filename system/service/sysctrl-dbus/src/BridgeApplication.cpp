@@ -16,8 +16,6 @@ namespace dbus {
 
 namespace {
 
-const char kServiceInterfaceName[] = "zorbel.lm.interfaces.sysctrlservice";
-
 DbusBridge::Options optionsFromEnvironment() {
     DbusBridge::Options options;
     if (const char* bus = std::getenv("SYSCTRL_DBUS_BUS")) {
@@ -45,7 +43,7 @@ BridgeApplication::~BridgeApplication() {
 
 ServiceInterface* BridgeApplication::findService() {
     frame::InterfacePtr reference;
-    if (getInterfaceReference(kServiceInterfaceName, reference) < 0 || !reference) {
+    if (getInterfaceReference(sysctrlservice::kServiceInterfaceName, reference) < 0 || !reference) {
         return nullptr;
     }
     return static_cast<ServiceInterface*>(reference->getImplementation());

@@ -15,8 +15,6 @@ const char kErrorStopping[] = "zorbel.lm.sysctrlservice1.Error.Stopping";
 
 namespace {
 
-const char kServiceInterfaceName[] = "zorbel.lm.interfaces.sysctrlservice";
-
 std::unique_ptr<sdbus::IConnection> connect(const std::string& bus) {
     if (bus == "system") {
         return sdbus::createSystemBusConnection();
@@ -148,7 +146,7 @@ void DbusBridge::receive(const MethodSpec& method, sdbus::MethodCall call) {
     if (target == nullptr) {
         throw sdbus::Error(kErrorServiceUnavailable,
                            std::string("the system-control service is not registered as ") +
-                               kServiceInterfaceName);
+                               sysctrlservice::kServiceInterfaceName);
     }
     Work work = method.read(call);
     // Messages are copied and freed only outside m_mutex: sdbus-c++ takes its own lock for that,
@@ -282,7 +280,8 @@ ServiceInterface* DbusBridge::service() {
     }
     ServiceInterface* found = m_lookup();
     if (found == nullptr) {
-        DBUS_LOG(LOG_PORT_ERROR, "%s:%d:%s(): %s is not registered.\n", kServiceInterfaceName);
+        DBUS_LOG(LOG_PORT_ERROR, "%s:%d:%s(): %s is not registered.\n",
+                 sysctrlservice::kServiceInterfaceName);
         return nullptr;
     }
     const int status = found->addClient(m_client);
