@@ -1,6 +1,8 @@
 // Platform events: the observers and the application's notify.
 #include "ServiceTest.h"
 
+#include <type_traits>
+
 #include "PortObserver.h"
 
 namespace sysctrltest {
@@ -87,6 +89,7 @@ INSTANTIATE_TEST_SUITE_P(
     Cases, EventsIgnored,
     ::testing::Values(Ignored{"TimeWithoutBitOne", "operationHours", 1, 0x2, -1},
                       Ignored{"OtherClass", "operationHours", 7, 0x1, -1},
+                      Ignored{"ClassOutsideTheEnumeration", "operationHours", 50, 0x1, -1},
                       Ignored{"TimeWithoutSubject", "none", 1, 0x1, -22},
                       Ignored{"TimeFromOtherType", "other", 1, 0x1, -22},
                       Ignored{"PanelWithoutSubject", "none", 25, 0x300, -22},
@@ -110,6 +113,13 @@ TEST(PortObserverAlone, WithoutApplicationIgnoresEvents) {
     EXPECT_EQ(observer.onEvent(zo::port::EVENT_CLASS_OPERATION_HOURS,
                                boost::shared_ptr<zo::port::EventSubject>(), 1),
               0);
+}
+
+// Enumerations that carry numbers from outside (event classes from the event manager, record
+// types from the records file) hold any 32-bit value: their underlying type is fixed.
+TEST(EventClasses, AndRecordTypesHoldAnyThirtyTwoBitNumber) {
+    EXPECT_TRUE((std::is_same<std::underlying_type_t<zo::port::eventClass_enum>, int32_t>::value));
+    EXPECT_TRUE((std::is_same<std::underlying_type_t<sysctrlservice::PMRType>, int32_t>::value));
 }
 
 }  // namespace

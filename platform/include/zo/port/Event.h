@@ -1,13 +1,15 @@
 #ifndef ZO_PORT_EVENT_H
 #define ZO_PORT_EVENT_H
 
+#include <cstdint>
+
 #include "zo/port/Object.h"
 
 namespace zo {
 namespace port {
 
 // The classes of platform events; an event's id is a bit set whose meaning belongs to its class.
-enum eventClass_enum {
+enum eventClass_enum : int32_t {
     EVENT_CLASS_NONE = 0,
     EVENT_CLASS_OPERATION_HOURS = 1,
     EVENT_CLASS_OLED_PANEL = 25,

@@ -10,7 +10,7 @@
 namespace sysctrlservice {
 
 // The kinds of panel-care events kept in the operating-time records.
-enum PMRType {
+enum PMRType : int32_t {
     PMR_MAINT_RUN = 0,
     PMR_MAINT_CLEARED = 1,
     PMR_REFRESH_RUN = 2,
