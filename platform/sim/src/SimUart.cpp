@@ -36,7 +36,7 @@ int SimUart::read(uint8_t* buffer, int capacity, int flag) {
     std::vector<uint8_t> bytes = call.output(std::vector<uint8_t>(
         waiting.begin(), waiting.begin() + static_cast<long>(std::min(room, waiting.size()))));
     bytes.resize(std::min(bytes.size(), room));
-    if (buffer != nullptr) {
+    if (buffer != nullptr && !bytes.empty()) {
         std::memcpy(buffer, bytes.data(), bytes.size());
     }
     const int count = call.result(static_cast<int>(bytes.size()));
