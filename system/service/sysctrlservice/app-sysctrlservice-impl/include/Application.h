@@ -259,6 +259,7 @@ class Application : public frame::AbstractApplication, public ServiceInterface {
     boost::shared_ptr<zo::port::FactoryManager> m_factoryManager;
     boost::shared_ptr<zo::port::HdmiSwitch> m_hdmi;
     boost::shared_ptr<zo::port::Opc> m_opc;
+    // Replaced by setLnbPower while other calls copy it: only through boost::atomic_load/store.
     boost::shared_ptr<zo::port::Antenna> m_antenna;
     boost::shared_ptr<zo::port::CredentialsState> m_credentialsState;
     boost::shared_ptr<zo::port::VodState> m_vodState;

@@ -18,7 +18,7 @@ int Application::controlAntenna(frame::MsgIds& msgIds, const frame::TransportInf
     try {
         // A missing antenna object needs no test here: the controller then answers with the
         // command's own read or write failure, which ends in "failed." below.
-        antennacontrol control(m_antenna);
+        antennacontrol control(boost::atomic_load(&m_antenna));
         status = control.do_cmd(command, reply);
     } catch (const std::exception&) {
         // Out of memory, or a platform object that throws: answer with the languages' general
@@ -38,7 +38,8 @@ int Application::setLnbPower(frame::MsgIds& msgIds, const frame::TransportInfo& 
     SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): Called,value:%d.\n", value);
     // Asked anew each time, so a replaced antenna object is used from now on.
     const boost::shared_ptr<zo::port::Antenna> antenna = portObject(&zo::port::Factory::getAntenna);
-    m_antenna = antenna;
+    // Calls on other threads may be copying the handle meanwhile.
+    boost::atomic_store(&m_antenna, antenna);
 
     int result = 0;
     if (antenna) {

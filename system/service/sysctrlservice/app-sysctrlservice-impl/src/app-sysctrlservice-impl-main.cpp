@@ -78,7 +78,7 @@ int32_t Application::performSetupDone() {
         m_factoryManager = m_factory->getFactoryManager();
         m_hdmi = m_factory->getHdmi();
         m_opc = m_factory->getOpc();
-        m_antenna = m_factory->getAntenna();
+        boost::atomic_store(&m_antenna, m_factory->getAntenna());
         m_credentialsState = m_factory->getCredentialsState();
         m_vodState = m_factory->getVodState();
         m_uart = m_factory->getUart();

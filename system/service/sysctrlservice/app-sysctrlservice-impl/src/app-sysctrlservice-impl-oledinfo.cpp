@@ -86,8 +86,13 @@ int Application::requestOptimeInfo(frame::MsgIds& msgIds, const frame::Transport
 
 void Application::oledErrorCallback(uint32_t errorMask, void* user) {
     Application* const self = static_cast<Application*>(user);
-    const uint32_t previous = g_previousErrorMask.load();
-    if (self == nullptr || errorMask == previous) {
+    if (self == nullptr) {
+        return;
+    }
+    // Taken and replaced in one step: of callers on several threads reporting the same change,
+    // only one sees it as new.
+    const uint32_t previous = g_previousErrorMask.exchange(errorMask);
+    if (errorMask == previous) {
         return;
     }
     const uint32_t cleared = previous & ~errorMask;
@@ -96,7 +101,10 @@ void Application::oledErrorCallback(uint32_t errorMask, void* user) {
     const boost::shared_ptr<zo::port::StatusDisplay> display =
         self->portObject(&zo::port::Factory::getStatusDisplay);
     if (!display) {
-        // The change is handled again on the next report, when the display may be back.
+        // The change is handled again on the next report, when the display may be back: the
+        // previous mask goes back unless another report has replaced it meanwhile.
+        uint32_t expected = errorMask;
+        g_previousErrorMask.compare_exchange_strong(expected, previous);
         return;
     }
     for (const ErrorBit& error : kErrorBits) {
@@ -109,7 +117,6 @@ void Application::oledErrorCallback(uint32_t errorMask, void* user) {
             }
         }
     }
-    g_previousErrorMask.store(errorMask);
     self->deliverUnsolicited(&ClientInterface::oledErrorResult, static_cast<int>(errorMask));
 }
 
