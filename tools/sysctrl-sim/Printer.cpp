@@ -1,6 +1,6 @@
 #include "Printer.h"
 
-#include <iostream>
+#include <cstdio>
 
 namespace desk {
 namespace {
@@ -83,7 +83,13 @@ void Printer::print(const json& event) {
     const std::string line =
         m_json ? event.dump(-1, ' ', false, json::error_handler_t::replace) : readable(event);
     std::lock_guard<std::mutex> lock(m_mutex);
-    std::cout << line << '\n' << std::flush;
+    std::fputs((line + '\n').c_str(), m_out);
+    std::fflush(m_out);
+}
+
+void Printer::setOutput(FILE* out) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_out = out;
 }
 
 }  // namespace desk

@@ -18,6 +18,8 @@ class Printer {
     Printer(bool json, std::set<std::string> only);
 
     void print(const nlohmann::json& event);
+    // Where the lines go; standard output by default.
+    void setOutput(FILE* out);
 
     // The line a person reads for an event.
     static std::string readable(const nlohmann::json& event);
@@ -26,6 +28,7 @@ class Printer {
     bool m_json;
     std::set<std::string> m_only;
     std::mutex m_mutex;
+    FILE* m_out = stdout;
 };
 
 }  // namespace desk

@@ -13,6 +13,7 @@
 #include "DbusServe.h"
 #include "DeskHost.h"
 #include "Printer.h"
+#include "ServiceOutput.h"
 #include "sim/SimSet.h"
 #include "zo/host/Host.h"
 
@@ -27,7 +28,7 @@ const char kUsage[] =
     "temporary one)\n"
     "  --json          one JSON object a line\n"
     "  --only KINDS    print only these event kinds, comma-separated (lifecycle, return, "
-    "callback, port, log, observer, error, state, file, echo, help)\n"
+    "callback, port, log, observer, error, state, file, echo, help, stdout)\n"
     "  --log-level N   print log messages up to level N (default: every level)\n"
     "  --describe      print the simulated objects' operations and state as Markdown, and exit\n"
     "  --dbus BUS      also serve the service on D-Bus (session, system or an address) through "
@@ -106,7 +107,7 @@ std::string describeSimulatedSet() {
 }
 
 // Runs the lines of one input; prompts when it is a terminal.
-void runInput(desk::DeskHost& host, std::istream& in, bool prompt) {
+void runInput(desk::DeskHost& host, desk::ServiceOutput& output, std::istream& in, bool prompt) {
     std::string line;
     int number = 0;
     while (true) {
@@ -117,6 +118,7 @@ void runInput(desk::DeskHost& host, std::istream& in, bool prompt) {
             break;
         }
         host.runLine(line, ++number);
+        output.drain();
     }
 }
 
@@ -186,6 +188,7 @@ int main(int argc, char** argv) {
     bool errors = false;
     {
         desk::Printer printer(json, only);
+        desk::ServiceOutput output(printer);
         desk::DeskHost host(plugin, root, printer);
         if (scripts.empty()) {
             scripts.push_back("-");
@@ -196,7 +199,7 @@ int main(int argc, char** argv) {
         }
         for (const std::string& script : scripts) {
             if (script == "-") {
-                runInput(host, std::cin, isatty(STDIN_FILENO) != 0);
+                runInput(host, output, std::cin, isatty(STDIN_FILENO) != 0);
                 continue;
             }
             std::ifstream in(script);
@@ -205,9 +208,10 @@ int main(int argc, char** argv) {
                 errors = true;
                 continue;
             }
-            runInput(host, in, false);
+            runInput(host, output, in, false);
         }
         host.finish();
+        output.drain(true);
         errors = errors || host.hadErrors();
     }
     if (temporaryRoot) {
