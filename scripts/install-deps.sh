@@ -6,7 +6,8 @@ set -eu
 
 packages="cmake ninja-build g++ make pkg-config libboost-dev libpng-dev libgtest-dev libgmock-dev \
 libbenchmark-dev nlohmann-json3-dev pngcheck coreutils dpkg-dev file \
-libsdbus-c++-dev libsdbus-c++-bin dbus libglib2.0-bin python3 python3-dbus util-linux"
+libsdbus-c++-dev libsdbus-c++-bin dbus libglib2.0-bin python3 python3-dbus util-linux \
+clang libclang-rt-14-dev"
 if [ "${1:-}" = --arm ]; then
     packages="$packages g++-arm-linux-gnueabihf g++-aarch64-linux-gnu qemu-user"
 fi
