@@ -9,7 +9,7 @@ root=$(mktemp -d)
 trap 'rm -rf "$root"' EXIT
 mkdir -p "$root/captures"
 ln -s /dev/full "$root/captures/temp.png"
-printf 'state ScreenCapture.width 64\nstate ScreenCapture.height 64\ncmdCaptureScreen %s shot.png 2\n' \
+printf 'state ScreenCapture.width 1920\nstate ScreenCapture.height 1080\ncmdCaptureScreen %s shot.png 2\n' \
     "$root/captures" > "$root/capture.sim"
 "$@" --json --only return,stdout --root "$root" "$root/capture.sim" > "$root/out" || true
 cat "$root/out"

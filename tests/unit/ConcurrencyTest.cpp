@@ -139,10 +139,13 @@ TEST_F(Concurrency, LnbPowerAndAntennaCommandsOnSeveralThreadsEachAnswerOnce) {
 // Three callback threads report the same new error mask at once, round after round: each change
 // reaches the clients once.
 TEST_F(Concurrency, PanelErrorChangeReportedOnThreeThreadsAtOnceReachesClientsOnce) {
-    const int rounds = 300;
+    const int rounds = 1000;
     const int threads = 3;
     sim().raiseOledError(0);
     const auto client = addClient("A");
+    // Each port call gives the other threads a turn, so that they do arrive while a change is
+    // being handled.
+    sim().setListener([](const sim::json&) { std::this_thread::yield(); });
     Barrier barrier(threads);
     auto reporter = [&] {
         for (int round = 0; round < rounds; ++round) {
