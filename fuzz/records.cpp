@@ -1,13 +1,12 @@
 // The operating-time records as a power cut may leave them: the records file, its predecessor and
 // the running-time file, separated by the byte 0x1E, written under the file-system root before the
-// service starts. The started service then reports operating time and runs one maintenance, which
-// writes the records back.
+// service starts. The started service then reports operating time. (Writing the records back ends
+// in sync(), which takes up to a second on a busy machine: the writer is left to the unit tests.)
 #include <cstdint>
 #include <fstream>
 
 #include "FuzzInput.h"
 #include "FuzzService.h"
-#include "zo/host/Host.h"
 
 using sysctrlfuzz::FuzzService;
 
@@ -30,8 +29,5 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     frame::MsgIds first = FuzzService::msgIds(1);
     fuzz.service().requestOptimeInfo(first, FuzzService::transport(1));
     fuzz.expectAnswers(1);
-    frame::MsgIds second = FuzzService::msgIds(2);
-    fuzz.service().controlOledMaint(second, FuzzService::transport(2), 0);
-    zo::host::waitForThreads();
     return 0;
 }

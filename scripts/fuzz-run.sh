@@ -16,8 +16,14 @@ failed=0
 for name in "$@"; do
     scratch=$(mktemp -d)
     status=0
+    extra=""
+    # Each records input starts a new application, whose thread set-up leaves the input's
+    # allocation counts unequal, so libFuzzer would run LeakSanitizer after every input (50 times
+    # slower). Leaks are still looked for when the run ends.
+    [ "$name" = records ] && extra="-detect_leaks=0"
+    # shellcheck disable=SC2086
     "$build/bin/fuzz-$name" -max_total_time="$seconds" -timeout=20 -rss_limit_mb=2048 \
-        -print_final_stats=1 -dict="fuzz/dict/$name.dict" -artifact_prefix="$logs/" \
+        -print_final_stats=1 -dict="fuzz/dict/$name.dict" -artifact_prefix="$logs/" $extra \
         "$scratch" "fuzz/corpus/$name" > "$logs/$name.log" 2>&1 || status=$?
     rm -rf "$scratch"
     runs=$(sed -n 's/^stat::number_of_executed_units: *//p' "$logs/$name.log")
