@@ -8,7 +8,7 @@
 #include <boost/shared_ptr.hpp>
 
 #include "Application.h"
-#include "sim/RecordingClient.h"
+#include "RecordingClient.h"
 #include "sim/SimSet.h"
 
 namespace sysctrlfuzz {
