@@ -108,6 +108,16 @@ void ServiceTest::setAnswer(const std::string& objectOperation, const sim::json&
     ASSERT_TRUE(m_sim->setAnswer(objectOperation, result, outputs, error)) << error;
 }
 
+void ServiceTest::setThrow(const std::string& objectOperation, const std::string& what) {
+    std::string error;
+    ASSERT_TRUE(m_sim->setThrow(objectOperation, what, error)) << error;
+}
+
+void ServiceTest::clearAnswer(const std::string& objectOperation) {
+    std::string error;
+    ASSERT_TRUE(m_sim->clearAnswer(objectOperation, error)) << error;
+}
+
 void ServiceTest::setState(const std::string& objectKey, const sim::json& value) {
     std::string error;
     ASSERT_TRUE(m_sim->setState(objectKey, value, error)) << error;

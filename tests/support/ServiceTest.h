@@ -63,6 +63,9 @@ class ServiceTest : public ::testing::Test {
     // Scripts a port operation, failing the test on a bad script.
     void setAnswer(const std::string& objectOperation, const sim::json& result,
                    const sim::json& outputs = sim::json::array());
+    // Makes a port operation throw std::runtime_error(`what`) until the answer is cleared.
+    void setThrow(const std::string& objectOperation, const std::string& what);
+    void clearAnswer(const std::string& objectOperation);
     void setState(const std::string& objectKey, const sim::json& value);
     void setAbsent(const std::string& object);
 

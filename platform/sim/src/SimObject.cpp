@@ -1,5 +1,7 @@
 #include "sim/SimObject.h"
 
+#include <stdexcept>
+
 #include "sim/SimSet.h"
 
 namespace sim {
@@ -35,6 +37,14 @@ const OpSpec* SimObject::findOperation(const std::string& name) const {
     return nullptr;
 }
 
+bool SimObject::knowsOperation(const std::string& operation, std::string& error) const {
+    if (findOperation(operation) == nullptr) {
+        error = m_name + " has no operation " + operation;
+        return false;
+    }
+    return true;
+}
+
 bool SimObject::setAnswer(const std::string& operation, const json& result, const json& outputs,
                           std::string& error) {
     const OpSpec* op = findOperation(operation);
@@ -65,17 +75,28 @@ bool SimObject::setAnswer(const std::string& operation, const json& result, cons
         }
     }
     std::lock_guard<std::recursive_mutex> lock(m_set.mutex());
-    m_answers[operation] = Answer{result, outputs};
+    m_answers[operation] = Answer{result, outputs, std::string()};
     return true;
 }
 
 bool SimObject::clearAnswer(const std::string& operation, std::string& error) {
-    if (findOperation(operation) == nullptr) {
-        error = m_name + " has no operation " + operation;
+    if (!knowsOperation(operation, error)) {
         return false;
     }
     std::lock_guard<std::recursive_mutex> lock(m_set.mutex());
     m_answers.erase(operation);
+    return true;
+}
+
+bool SimObject::setThrow(const std::string& operation, const std::string& what,
+                         std::string& error) {
+    if (!knowsOperation(operation, error)) {
+        return false;
+    }
+    std::lock_guard<std::recursive_mutex> lock(m_set.mutex());
+    Answer answer;
+    answer.raise = what.empty() ? std::string("simulated failure") : what;
+    m_answers[operation] = answer;
     return true;
 }
 
@@ -123,6 +144,9 @@ SimObject::Call::Call(SimObject& object, const char* operation, json args)
     if (found != object.m_answers.end()) {
         m_answer = found->second;
         m_answered = true;
+    }
+    if (!m_answer.raise.empty()) {
+        throw std::runtime_error(m_answer.raise);
     }
 }
 

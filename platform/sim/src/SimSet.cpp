@@ -162,6 +162,13 @@ bool SimSet::clearAnswer(const std::string& objectOperation, std::string& error)
     return found != nullptr && found->clearAnswer(operation, error);
 }
 
+bool SimSet::setThrow(const std::string& objectOperation, const std::string& what,
+                      std::string& error) {
+    std::string operation;
+    SimObject* found = findMember(objectOperation, operation, error);
+    return found != nullptr && found->setThrow(operation, what, error);
+}
+
 bool SimSet::setState(const std::string& objectKey, const json& value, std::string& error) {
     std::string key;
     SimObject* found = findMember(objectKey, key, error);

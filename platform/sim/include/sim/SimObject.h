@@ -34,6 +34,9 @@ struct StateSpec {
 struct Answer {
     json result;
     json outputs = json::array();
+    // Not empty: the call throws std::runtime_error with this text instead, and is not journalled;
+    // for checking that the service survives a platform object that throws.
+    std::string raise;
 };
 
 // What every simulated object shares: a name, presence, state, scripted answers and the journal.
@@ -60,6 +63,9 @@ class SimObject {
     bool setAnswer(const std::string& operation, const json& result, const json& outputs,
                    std::string& error);
     bool clearAnswer(const std::string& operation, std::string& error);
+    // Every later call of `operation` throws std::runtime_error(`what`) until the answer is
+    // cleared or set anew.
+    bool setThrow(const std::string& operation, const std::string& what, std::string& error);
     bool setState(const std::string& key, const json& value, std::string& error);
     json getState(const std::string& key) const;
     // Back to the initial state, without answers; presence is kept.
@@ -110,6 +116,9 @@ class SimObject {
 
   private:
     friend class Call;
+
+    // False, with the reason in `error`, when the object has no such operation.
+    bool knowsOperation(const std::string& operation, std::string& error) const;
 
     SimSet& m_set;
     std::string m_name;

@@ -48,6 +48,7 @@ class SimSet {
     bool setAnswer(const std::string& objectOperation, const json& result, const json& outputs,
                    std::string& error);
     bool clearAnswer(const std::string& objectOperation, std::string& error);
+    bool setThrow(const std::string& objectOperation, const std::string& what, std::string& error);
     bool setState(const std::string& objectKey, const json& value, std::string& error);
     json getState(const std::string& objectKey) const;
 

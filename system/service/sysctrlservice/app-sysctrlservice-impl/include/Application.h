@@ -8,6 +8,7 @@
 
 #include <boost/shared_ptr.hpp>
 
+#include "EntryGuard.h"
 #include "ServiceInterface.h"
 #include "ServiceTypes.h"
 #include "frame/AbstractApplication.h"
@@ -206,7 +207,12 @@ class Application : public frame::AbstractApplication, public ServiceInterface {
                           const Args&... args) {
         const std::vector<ClientInterfacePtr> clients = copyClients();
         for (const ClientInterfacePtr& client : clients) {
-            ((*client).*callback)(msgIds, transport, args...);
+            try {
+                ((*client).*callback)(msgIds, transport, args...);
+            } catch (...) {
+                // A client that fails costs the others nothing: each still gets its result.
+                logCaughtException(logBaseName(__FILE__), __LINE__, __func__);
+            }
         }
     }
 
@@ -244,6 +250,7 @@ class Application : public frame::AbstractApplication, public ServiceInterface {
     // The maintenance run's thread (app-sysctrlservice-impl-oledmaint.cpp)
     static void* oledMaintThread(void* argument);
     // One run with the caller's flag: records, the panel's run, counters, the clients told.
+    // Guarded: never throws.
     void runOledMaintenance(uint32_t flag);
     // Records the run's start; returns the status code to show while it runs.
     int recordRunStart(uint32_t flag, int tempLut);

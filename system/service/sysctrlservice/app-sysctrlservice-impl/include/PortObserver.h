@@ -16,7 +16,8 @@ class PortObserver : public zo::port::EventObserver {
     PortObserver(const std::string& name, Application* application);
     ~PortObserver() override;
 
-    // Returns what Application::notify returns, or 0 without an application.
+    // Returns what Application::notify returns, 0 without an application, or -1 (logged) when
+    // handling the event threw.
     int onEvent(zo::port::eventClass_enum eventClass,
                 boost::shared_ptr<zo::port::EventSubject> subject, int eventId) override;
 

@@ -1,6 +1,8 @@
 #include "PortObserver.h"
 
 #include "Application.h"
+#include "EntryGuard.h"
+#include "StatusCodes.h"
 
 namespace sysctrlservice {
 
@@ -10,11 +12,12 @@ PortObserver::PortObserver(const std::string& name, Application* application)
 PortObserver::~PortObserver() = default;
 
 int PortObserver::onEvent(zo::port::eventClass_enum eventClass,
-                          boost::shared_ptr<zo::port::EventSubject> subject, int eventId) {
+                          boost::shared_ptr<zo::port::EventSubject> subject, int eventId) try {
     if (m_application == nullptr) {
         return 0;
     }
     return m_application->notify(eventClass, subject, eventId);
 }
+SYSCTRL_ENTRY_GUARD(kStatusFailed)
 
 }  // namespace sysctrlservice

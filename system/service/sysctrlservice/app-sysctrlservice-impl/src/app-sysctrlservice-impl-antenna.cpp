@@ -1,8 +1,9 @@
 // The antenna operations: the antenna command language and LNB power.
 #include "Application.h"
 
-#include <exception>
-
+#include "CommandControl.h"
+#include "EntryGuard.h"
+#include "StatusCodes.h"
 #include "SysctrlLog.h"
 #include "antennacontrol.h"
 #include "zo/port/Antenna.h"
@@ -11,30 +12,23 @@
 namespace sysctrlservice {
 
 int Application::controlAntenna(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                                const std::string& command) {
+                                const std::string& command) try {
     SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): Called.\n");
     std::string reply;
-    int status = 0;
-    try {
-        // A missing antenna object needs no test here: the controller then answers with the
-        // command's own read or write failure, which ends in "failed." below.
-        antennacontrol control(boost::atomic_load(&m_antenna));
-        status = control.do_cmd(command, reply);
-    } catch (const std::exception&) {
-        // Out of memory, or a platform object that throws: answer with the languages' general
-        // command failure rather than a half-made reply.
-        reply = "err: command returns error";
-        status = 0;
-    }
+    // A missing antenna object needs no test here: the controller then answers with the command's
+    // own read or write failure, which ends in "failed." below.
+    antennacontrol control(boost::atomic_load(&m_antenna));
+    const int status = runCommand([&] { return control.do_cmd(command, reply); }, reply);
     if (status == 0) {
         SYSCTRL_LOG(LOG_ERROR, "%s:%d:%s(): failed.\n");
     }
     deliverToClients(&ClientInterface::controlAntennaResult, msgIds, transport, reply);
     return 0;
 }
+SYSCTRL_ENTRY_GUARD(kStatusFailed)
 
 int Application::setLnbPower(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                             int value) {
+                             int value) try {
     SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): Called,value:%d.\n", value);
     // Asked anew each time, so a replaced antenna object is used from now on.
     const boost::shared_ptr<zo::port::Antenna> antenna = portObject(&zo::port::Factory::getAntenna);
@@ -50,5 +44,6 @@ int Application::setLnbPower(frame::MsgIds& msgIds, const frame::TransportInfo& 
     deliverToClients(&ClientInterface::setLnbPowerResult, msgIds, transport, result);
     return 0;
 }
+SYSCTRL_ENTRY_GUARD(kStatusFailed)
 
 }  // namespace sysctrlservice

@@ -1,6 +1,8 @@
 // The text-command operations: OPC, UART, far field, GPIO, I2C, HDMI and the shell.
 #include "Application.h"
 
+#include "EntryGuard.h"
+#include "StatusCodes.h"
 #include "SysctrlLog.h"
 #include "farfieldcontrol.h"
 #include "opccontrol.h"
@@ -60,7 +62,7 @@ std::string describeSignal(zo::port::HdmiSwitch* hdmi) {
 // receives the reply.
 
 int Application::controlOpc(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                            const std::string& command) {
+                            const std::string& command) try {
     SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): Called.\n");
     std::string result;
     opccontrol controller(m_opc);
@@ -70,9 +72,10 @@ int Application::controlOpc(frame::MsgIds& msgIds, const frame::TransportInfo& t
     deliverToClients(&ClientInterface::controlOpcResult, msgIds, transport, result);
     return 0;
 }
+SYSCTRL_ENTRY_GUARD(kStatusFailed)
 
 int Application::controlUart(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                             const std::string& command, const std::string& data) {
+                             const std::string& command, const std::string& data) try {
     SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): Called.\n");
     std::string result;
     std::string resultData;
@@ -86,9 +89,10 @@ int Application::controlUart(frame::MsgIds& msgIds, const frame::TransportInfo& 
     deliverToClients(&ClientInterface::controlUartResult, msgIds, transport, result, resultData);
     return 0;
 }
+SYSCTRL_ENTRY_GUARD(kStatusFailed)
 
 int Application::controlFarField(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                                 const std::string& command, const std::string& data) {
+                                 const std::string& command, const std::string& data) try {
     SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): Called.\n");
     std::string result;
     std::string resultData;
@@ -106,22 +110,25 @@ int Application::controlFarField(frame::MsgIds& msgIds, const frame::TransportIn
                      resultData);
     return 0;
 }
+SYSCTRL_ENTRY_GUARD(kStatusFailed)
 
 // Far-field notifications are not offered: registering for them is accepted and changes nothing.
 int Application::registerFarFieldCallback(frame::MsgIds&, const frame::TransportInfo&, int,
-                                          const std::string&) {
+                                          const std::string&) try {
     return 0;
 }
+SYSCTRL_ENTRY_GUARD(kStatusFailed)
 
-int Application::unregisterFarFieldCallback(frame::MsgIds&, const frame::TransportInfo&, int) {
+int Application::unregisterFarFieldCallback(frame::MsgIds&, const frame::TransportInfo&, int) try {
     return 0;
 }
+SYSCTRL_ENTRY_GUARD(kStatusFailed)
 
 // The diagnostic pass-throughs: the platform interprets the text; its result text goes to every
 // client, whatever it is.
 
 int Application::setGpio(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                         const std::string& command) {
+                         const std::string& command) try {
     SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): Called.\n");
     std::string result;
     if (!runFactoryCommand(
@@ -133,9 +140,10 @@ int Application::setGpio(frame::MsgIds& msgIds, const frame::TransportInfo& tran
     deliverToClients(&ClientInterface::setGpioResult, msgIds, transport, result);
     return 0;
 }
+SYSCTRL_ENTRY_GUARD(kStatusFailed)
 
 int Application::getGpio(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                         const std::string& command) {
+                         const std::string& command) try {
     SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): Called.\n");
     std::string result;
     if (!runFactoryCommand(
@@ -148,9 +156,10 @@ int Application::getGpio(frame::MsgIds& msgIds, const frame::TransportInfo& tran
     deliverToClients(&ClientInterface::getGpioResult, msgIds, transport, result);
     return 0;
 }
+SYSCTRL_ENTRY_GUARD(kStatusFailed)
 
 int Application::controlIic(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                            const std::string& command) {
+                            const std::string& command) try {
     SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): Called.\n");
     std::string result;
     // Only I2C commands are passed on (case-sensitive); anything else gets an empty reply.
@@ -167,9 +176,10 @@ int Application::controlIic(frame::MsgIds& msgIds, const frame::TransportInfo& t
     deliverToClients(&ClientInterface::controlIicResult, msgIds, transport, result);
     return 0;
 }
+SYSCTRL_ENTRY_GUARD(kStatusFailed)
 
 int Application::controlHdmi(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                             const std::string& command) {
+                             const std::string& command) try {
     SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): Called.\n");
     std::string result = "command unknown";
     if (command.find("getSignalInfo") != std::string::npos) {
@@ -183,9 +193,10 @@ int Application::controlHdmi(frame::MsgIds& msgIds, const frame::TransportInfo& 
     deliverToClients(&ClientInterface::controlHdmiResult, msgIds, transport, result);
     return 0;
 }
+SYSCTRL_ENTRY_GUARD(kStatusFailed)
 
 int Application::executeZoshell(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                                const std::string& command) {
+                                const std::string& command) try {
     SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): Called.\n");
     std::string result = "ok";
     // The command's own output and exit status are not collected: "ok" means it could be run.
@@ -197,5 +208,6 @@ int Application::executeZoshell(frame::MsgIds& msgIds, const frame::TransportInf
     deliverToClients(&ClientInterface::executeZoshellResult, msgIds, transport, result);
     return 0;
 }
+SYSCTRL_ENTRY_GUARD(kStatusFailed)
 
 }  // namespace sysctrlservice

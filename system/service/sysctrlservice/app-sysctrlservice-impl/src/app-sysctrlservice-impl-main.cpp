@@ -2,7 +2,9 @@
 #include "Application.h"
 
 #include <algorithm>
+#include <memory>
 
+#include "EntryGuard.h"
 #include "PortObserver.h"
 #include "StatusCodes.h"
 #include "SysctrlLog.h"
@@ -23,12 +25,14 @@
 #include "zo/port/Uart.h"
 #include "zo/port/VodState.h"
 
-frame::AbstractApplication** CreateSysctrlserviceApplication() {
+frame::AbstractApplication** CreateSysctrlserviceApplication() try {
     SYSCTRL_LOG(sysctrlservice::LOG_NOTICE, "%s:%d:%s(): Called.\n");
-    frame::AbstractApplication** applications = new frame::AbstractApplication*[2]();
+    std::unique_ptr<frame::AbstractApplication*[]> applications(
+        new frame::AbstractApplication*[2]());
     applications[0] = new sysctrlservice::Application();
-    return applications;
+    return applications.release();
 }
+SYSCTRL_ENTRY_GUARD(nullptr)
 
 frame::AbstractApplication** frameCreateApplicationArray() {
     return CreateSysctrlserviceApplication();
@@ -47,7 +51,7 @@ Application::~Application() {
     // records, the clients, the observer, then the port objects.
 }
 
-int32_t Application::performSetupDone() {
+int32_t Application::performSetupDone() try {
     SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): Called.\n");
 
     int32_t status = frame::AbstractApplication::performSetupDone();
@@ -99,8 +103,9 @@ int32_t Application::performSetupDone() {
     }
     return 0;
 }
+SYSCTRL_ENTRY_GUARD(kStatusFailed)
 
-int32_t Application::performStarting() {
+int32_t Application::performStarting() try {
     SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): Called.\n");
 
     const int32_t status = frame::AbstractApplication::performStarting();
@@ -131,8 +136,9 @@ int32_t Application::performStarting() {
     loadPMRecords();
     return 0;
 }
+SYSCTRL_ENTRY_GUARD(kStatusFailed)
 
-int32_t Application::performStopping() {
+int32_t Application::performStopping() try {
     SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): Called.\n");
 
     const int32_t status = frame::AbstractApplication::performStopping();
@@ -142,10 +148,11 @@ int32_t Application::performStopping() {
     }
     return 0;
 }
+SYSCTRL_ENTRY_GUARD(kStatusFailed)
 
 // ServiceInterface: clients
 
-int Application::addClient(ClientInterfacePtr client) {
+int Application::addClient(ClientInterfacePtr client) try {
     if (!client) {
         return kStatusInvalid;
     }
@@ -158,8 +165,9 @@ int Application::addClient(ClientInterfacePtr client) {
     m_clients.push_back(client);
     return 0;
 }
+SYSCTRL_ENTRY_GUARD(kStatusFailed)
 
-int Application::removeClient(ClientInterfacePtr client) {
+int Application::removeClient(ClientInterfacePtr client) try {
     zo::MutexGuard guard(getApplicationLock());
     const auto found = std::find(m_clients.begin(), m_clients.end(), client);
     if (!client || found == m_clients.end()) {
@@ -168,6 +176,7 @@ int Application::removeClient(ClientInterfacePtr client) {
     m_clients.erase(found);
     return 0;
 }
+SYSCTRL_ENTRY_GUARD(kStatusFailed)
 
 std::vector<ClientInterfacePtr> Application::copyClients() {
     zo::MutexGuard guard(getApplicationLock());

@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "EntryGuard.h"
+#include "StatusCodes.h"
 #include "SysctrlLog.h"
 #include "zo/port/Factory.h"
 #include "zo/port/OledPanel.h"
@@ -33,9 +35,10 @@ const int kErrorPanelEvent = 4;
 
 }  // namespace
 
-int Application::requestOledPanelInfo(frame::MsgIds&, const frame::TransportInfo&) {
+int Application::requestOledPanelInfo(frame::MsgIds&, const frame::TransportInfo&) try {
     return updateOledPanelInfo();
 }
+SYSCTRL_ENTRY_GUARD(kStatusFailed)
 
 int Application::updateOledPanelInfo() {
     SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): notify\n");
@@ -52,7 +55,7 @@ int Application::updateOledPanelInfo() {
     return 0;
 }
 
-int Application::getPanelVersion(frame::MsgIds& msgIds, const frame::TransportInfo& transport) {
+int Application::getPanelVersion(frame::MsgIds& msgIds, const frame::TransportInfo& transport) try {
     const boost::shared_ptr<zo::port::OledPanel> panel =
         portObject(&zo::port::Factory::getOledPanel);
     if (!panel) {
@@ -71,8 +74,10 @@ int Application::getPanelVersion(frame::MsgIds& msgIds, const frame::TransportIn
     deliverToClients(&ClientInterface::getPanelVersionResult, msgIds, transport, std::string(text));
     return 0;
 }
+SYSCTRL_ENTRY_GUARD(kStatusFailed)
 
-int Application::requestOptimeInfo(frame::MsgIds& msgIds, const frame::TransportInfo& transport) {
+int Application::requestOptimeInfo(frame::MsgIds& msgIds,
+                                   const frame::TransportInfo& transport) try {
     OptimeInfo info;
     if (m_operationHours) {
         info = readOptimeInfo(*m_operationHours);
@@ -83,8 +88,9 @@ int Application::requestOptimeInfo(frame::MsgIds& msgIds, const frame::Transport
     deliverToClients(&ClientInterface::requestOptimeInfoResult, msgIds, transport, info);
     return 0;
 }
+SYSCTRL_ENTRY_GUARD(kStatusFailed)
 
-void Application::oledErrorCallback(uint32_t errorMask, void* user) {
+void Application::oledErrorCallback(uint32_t errorMask, void* user) try {
     Application* const self = static_cast<Application*>(user);
     if (self == nullptr) {
         return;
@@ -119,5 +125,6 @@ void Application::oledErrorCallback(uint32_t errorMask, void* user) {
     }
     self->deliverUnsolicited(&ClientInterface::oledErrorResult, static_cast<int>(errorMask));
 }
+SYSCTRL_ENTRY_GUARD()
 
 }  // namespace sysctrlservice

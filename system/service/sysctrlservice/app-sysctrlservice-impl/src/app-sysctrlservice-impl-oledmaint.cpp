@@ -1,8 +1,8 @@
 // OLED panel maintenance runs on a thread of their own.
 #include "Application.h"
 
-#include <exception>
-
+#include "EntryGuard.h"
+#include "StatusCodes.h"
 #include "SysctrlLog.h"
 #include "tvConfig/ConfigUtil.h"
 #include "zo/Thread.h"
@@ -96,7 +96,8 @@ int runOnPanel(zo::port::OledPanel& panel,
 
 }  // namespace
 
-int Application::controlOledMaint(frame::MsgIds&, const frame::TransportInfo&, unsigned int flag) {
+int Application::controlOledMaint(frame::MsgIds&, const frame::TransportInfo&,
+                                  unsigned int flag) try {
     SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): Control Oled maintenance, flag = %d \n",
                 static_cast<int>(flag));
 
@@ -131,26 +132,21 @@ int Application::controlOledMaint(frame::MsgIds&, const frame::TransportInfo&, u
                        "oledMaintThread");
     return 0;
 }
+SYSCTRL_ENTRY_GUARD(kStatusFailed)
 
 void* Application::oledMaintThread(void* argument) {
     Application* const self = static_cast<Application*>(argument);
     if (self == nullptr) {
         return nullptr;
     }
-    try {
-        self->runOledMaintenance(self->m_maintFlags);
-    } catch (const std::exception& error) {
-        // Nothing may leave a thread entry, and the running flag must clear whatever happened.
-        SYSCTRL_LOG(LOG_ERROR, "%s:%d:%s(): oled maintenance failed: %s\n", error.what());
-    } catch (...) {
-        SYSCTRL_LOG(LOG_ERROR, "%s:%d:%s(): oled maintenance failed\n");
-    }
+    // Guarded, so it always returns here: the running flag must clear whatever happened.
+    self->runOledMaintenance(self->m_maintFlags);
     // The last step: a new run may start from here on.
     self->m_maintRunning = false;
     return nullptr;
 }
 
-void Application::runOledMaintenance(uint32_t flag) {
+void Application::runOledMaintenance(uint32_t flag) try {
     const int tempLut = readTempLut(flag);
     const boost::shared_ptr<zo::port::StatusDisplay> display =
         portObject(&zo::port::Factory::getStatusDisplay);
@@ -173,6 +169,7 @@ void Application::runOledMaintenance(uint32_t flag) {
     clearCounters(result);
     deliverUnsolicited(&ClientInterface::oledMaintResult, result);
 }
+SYSCTRL_ENTRY_GUARD()
 
 int Application::recordRunStart(uint32_t flag, int tempLut) {
     // With temperature table 1 a run counts as maintenance only when the caller asked for it.

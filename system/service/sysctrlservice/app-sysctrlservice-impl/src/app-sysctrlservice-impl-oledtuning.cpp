@@ -3,6 +3,8 @@
 
 #include <cstdint>
 
+#include "EntryGuard.h"
+#include "StatusCodes.h"
 #include "SysctrlLog.h"
 #include "zo/port/Factory.h"
 #include "zo/port/OledPanel.h"
@@ -20,7 +22,7 @@ uint8_t lowByte(unsigned int value) {
 
 // Without a panel the reads report the value 0 and the writes report failure (-1).
 
-int Application::startOledAs(frame::MsgIds&, const frame::TransportInfo&) {
+int Application::startOledAs(frame::MsgIds&, const frame::TransportInfo&) try {
     SYSCTRL_LOG(LOG_NOTICE, "%s:%d:%s(): called \n");
     const boost::shared_ptr<zo::port::OledPanel> panel =
         portObject(&zo::port::Factory::getOledPanel);
@@ -29,9 +31,11 @@ int Application::startOledAs(frame::MsgIds&, const frame::TransportInfo&) {
     }
     return panel->startAs();
 }
+SYSCTRL_ENTRY_GUARD(kStatusFailed)
 
 int Application::saveOledManualGain(frame::MsgIds&, const frame::TransportInfo&, unsigned int gain0,
-                                    unsigned int gain1, unsigned int gain2, unsigned int gain3) {
+                                    unsigned int gain1, unsigned int gain2,
+                                    unsigned int gain3) try {
     SYSCTRL_LOG(LOG_NOTICE, "%s:%d:%s(): called: %d %d %d %d\n", gain0, gain1, gain2, gain3);
     const boost::shared_ptr<zo::port::OledPanel> panel =
         portObject(&zo::port::Factory::getOledPanel);
@@ -40,9 +44,10 @@ int Application::saveOledManualGain(frame::MsgIds&, const frame::TransportInfo&,
     }
     return panel->saveManualGain(lowByte(gain0), lowByte(gain1), lowByte(gain2), lowByte(gain3));
 }
+SYSCTRL_ENTRY_GUARD(kStatusFailed)
 
 int Application::setOledManualGainSetting(frame::MsgIds&, const frame::TransportInfo&,
-                                          unsigned int index, unsigned int value) {
+                                          unsigned int index, unsigned int value) try {
     SYSCTRL_LOG(LOG_NOTICE, "%s:%d:%s(): called: %d %d\n", index, value);
     const boost::shared_ptr<zo::port::OledPanel> panel =
         portObject(&zo::port::Factory::getOledPanel);
@@ -51,9 +56,10 @@ int Application::setOledManualGainSetting(frame::MsgIds&, const frame::Transport
     }
     return panel->setManualGainSetting(index, value);
 }
+SYSCTRL_ENTRY_GUARD(kStatusFailed)
 
 int Application::getOledManualGainSetting(frame::MsgIds&, const frame::TransportInfo&,
-                                          unsigned int index) {
+                                          unsigned int index) try {
     SYSCTRL_LOG(LOG_NOTICE, "%s:%d:%s(): called\n");
     const boost::shared_ptr<zo::port::OledPanel> panel =
         portObject(&zo::port::Factory::getOledPanel);
@@ -62,8 +68,10 @@ int Application::getOledManualGainSetting(frame::MsgIds&, const frame::Transport
     }
     return panel->getManualGainSetting(index);
 }
+SYSCTRL_ENTRY_GUARD(kStatusFailed)
 
-int Application::setOledManualGainEnable(frame::MsgIds&, const frame::TransportInfo&, int enable) {
+int Application::setOledManualGainEnable(frame::MsgIds&, const frame::TransportInfo&,
+                                         int enable) try {
     SYSCTRL_LOG(LOG_NOTICE, "%s:%d:%s(): called: %d \n", enable);
     const boost::shared_ptr<zo::port::OledPanel> panel =
         portObject(&zo::port::Factory::getOledPanel);
@@ -72,8 +80,9 @@ int Application::setOledManualGainEnable(frame::MsgIds&, const frame::TransportI
     }
     return panel->setManualGainEnable(lowByte(static_cast<unsigned int>(enable)));
 }
+SYSCTRL_ENTRY_GUARD(kStatusFailed)
 
-int Application::getOledManualGainEnable(frame::MsgIds&, const frame::TransportInfo&) {
+int Application::getOledManualGainEnable(frame::MsgIds&, const frame::TransportInfo&) try {
     SYSCTRL_LOG(LOG_NOTICE, "%s:%d:%s(): called \n");
     const boost::shared_ptr<zo::port::OledPanel> panel =
         portObject(&zo::port::Factory::getOledPanel);
@@ -82,11 +91,12 @@ int Application::getOledManualGainEnable(frame::MsgIds&, const frame::TransportI
     }
     return panel->getManualGainEnable();
 }
+SYSCTRL_ENTRY_GUARD(kStatusFailed)
 
 // The switches report the state the panel took, read back after setting it, not the one asked.
 
 int Application::setOledLeaEnable(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                                  unsigned char enable) {
+                                  unsigned char enable) try {
     const boost::shared_ptr<zo::port::OledPanel> panel =
         portObject(&zo::port::Factory::getOledPanel);
     if (!panel) {
@@ -97,9 +107,10 @@ int Application::setOledLeaEnable(frame::MsgIds& msgIds, const frame::TransportI
     deliverToClients(&ClientInterface::setOledLeaEnableResult, msgIds, transport, state);
     return 0;
 }
+SYSCTRL_ENTRY_GUARD(kStatusFailed)
 
 int Application::setOledCpcEnable(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                                  unsigned char enable) {
+                                  unsigned char enable) try {
     const boost::shared_ptr<zo::port::OledPanel> panel =
         portObject(&zo::port::Factory::getOledPanel);
     if (!panel) {
@@ -110,5 +121,6 @@ int Application::setOledCpcEnable(frame::MsgIds& msgIds, const frame::TransportI
     deliverToClients(&ClientInterface::setOledCpcEnableResult, msgIds, transport, state);
     return 0;
 }
+SYSCTRL_ENTRY_GUARD(kStatusFailed)
 
 }  // namespace sysctrlservice

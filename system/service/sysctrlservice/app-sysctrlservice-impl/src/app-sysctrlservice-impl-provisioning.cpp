@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 
+#include "EntryGuard.h"
 #include "StatusCodes.h"
 #include "SysctrlLog.h"
 #include "zo/port/CredentialsState.h"
@@ -49,7 +50,7 @@ std::string vodEnabled(const boost::shared_ptr<zo::port::VodState>& vod) {
 }  // namespace
 
 int Application::burnFuses(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                           const std::vector<fuseitemcontent1_t>& items) {
+                           const std::vector<fuseitemcontent1_t>& items) try {
     SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): Called.\n");
 
     std::vector<zo::port::secfuseitem> fuses;
@@ -69,9 +70,10 @@ int Application::burnFuses(frame::MsgIds& msgIds, const frame::TransportInfo& tr
     deliverToClients(&ClientInterface::burnFusesResult, msgIds, transport, code);
     return 0;
 }
+SYSCTRL_ENTRY_GUARD(kStatusFailed)
 
 int Application::requestFuseInfo(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                                 unsigned int selector) {
+                                 unsigned int selector) try {
     SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): Called.\n");
 
     std::vector<fuseitemcontent1_t> report;
@@ -96,9 +98,10 @@ int Application::requestFuseInfo(frame::MsgIds& msgIds, const frame::TransportIn
     deliverToClients(&ClientInterface::requestFuseInfoResult, msgIds, transport, report);
     return 0;
 }
+SYSCTRL_ENTRY_GUARD(kStatusFailed)
 
 int Application::reinitCredentials(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                                   int mode) {
+                                   int mode) try {
     SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): Called.\n");
 
     int code = 0;
@@ -117,13 +120,14 @@ int Application::reinitCredentials(frame::MsgIds& msgIds, const frame::Transport
     deliverToClients(&ClientInterface::reinitCredentialsResult, msgIds, transport, code);
     return 0;
 }
+SYSCTRL_ENTRY_GUARD(kStatusFailed)
 
 // The EAROM operations hand the platform's text through untouched, also when it failed: the
 // caller gets whatever the manager left (usually nothing). A set without a factory manager
 // answers as a failed call does.
 
 int Application::readEarom(frame::MsgIds& msgIds, const frame::TransportInfo& transport, int offset,
-                           unsigned int length) {
+                           unsigned int length) try {
     SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): Called.\n");
     std::string data;
     if (!m_factoryManager || !m_factoryManager->readEaromBlock(offset, length, data)) {
@@ -132,9 +136,10 @@ int Application::readEarom(frame::MsgIds& msgIds, const frame::TransportInfo& tr
     deliverToClients(&ClientInterface::readEaromResult, msgIds, transport, data);
     return 0;
 }
+SYSCTRL_ENTRY_GUARD(kStatusFailed)
 
 int Application::writeEarom(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                            int offset, const std::string& data) {
+                            int offset, const std::string& data) try {
     SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): Called.\n");
     std::string result;
     if (!m_factoryManager || !m_factoryManager->writeEaromBlock(offset, data, result)) {
@@ -143,8 +148,9 @@ int Application::writeEarom(frame::MsgIds& msgIds, const frame::TransportInfo& t
     deliverToClients(&ClientInterface::writeEaromResult, msgIds, transport, result);
     return 0;
 }
+SYSCTRL_ENTRY_GUARD(kStatusFailed)
 
-int Application::getEaromSize(frame::MsgIds& msgIds, const frame::TransportInfo& transport) {
+int Application::getEaromSize(frame::MsgIds& msgIds, const frame::TransportInfo& transport) try {
     SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): Called.\n");
     std::string size;
     if (!m_factoryManager || !m_factoryManager->queryEaromSize(size)) {
@@ -153,8 +159,9 @@ int Application::getEaromSize(frame::MsgIds& msgIds, const frame::TransportInfo&
     deliverToClients(&ClientInterface::getEaromSizeResult, msgIds, transport, size);
     return 0;
 }
+SYSCTRL_ENTRY_GUARD(kStatusFailed)
 
-int Application::getChipID(frame::MsgIds& msgIds, const frame::TransportInfo& transport) {
+int Application::getChipID(frame::MsgIds& msgIds, const frame::TransportInfo& transport) try {
     const boost::shared_ptr<zo::port::HardwareInfo> hardware =
         portObject(&zo::port::Factory::getHardwareInfo);
     std::string chipId;
@@ -167,10 +174,11 @@ int Application::getChipID(frame::MsgIds& msgIds, const frame::TransportInfo& tr
     deliverToClients(&ClientInterface::getChipIDResult, msgIds, transport, chipId);
     return 0;
 }
+SYSCTRL_ENTRY_GUARD(kStatusFailed)
 
 int Application::getYTSignature(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
                                 const std::string& message, unsigned int /*reserved*/,
-                                unsigned int signatureLength) {
+                                unsigned int signatureLength) try {
     if (!m_factory) {
         return -1;
     }
@@ -208,5 +216,6 @@ int Application::getYTSignature(frame::MsgIds& msgIds, const frame::TransportInf
     deliverToClients(&ClientInterface::getYTSignatureResult, msgIds, transport, bytes);
     return 0;
 }
+SYSCTRL_ENTRY_GUARD(kStatusFailed)
 
 }  // namespace sysctrlservice

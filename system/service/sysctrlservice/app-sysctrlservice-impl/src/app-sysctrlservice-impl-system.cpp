@@ -3,6 +3,8 @@
 
 #include <atomic>
 
+#include "EntryGuard.h"
+#include "StatusCodes.h"
 #include "SysctrlLog.h"
 #include "tvConfig/ConfigUtil.h"
 #include "zo/port/Factory.h"
@@ -26,7 +28,7 @@ const int kScreenTypeOled = 1;
 
 }  // namespace
 
-int Application::restartSystem(frame::MsgIds&, const frame::TransportInfo&) {
+int Application::restartSystem(frame::MsgIds&, const frame::TransportInfo&) try {
     const boost::shared_ptr<zo::port::OledPanel> panel =
         portObject(&zo::port::Factory::getOledPanel);
     const boost::shared_ptr<zo::port::SystemControl> systemControl =
@@ -49,8 +51,9 @@ int Application::restartSystem(frame::MsgIds&, const frame::TransportInfo&) {
     SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): Restart system by STC successfully\n");
     return 0;
 }
+SYSCTRL_ENTRY_GUARD(kStatusFailed)
 
-int Application::controlPanelPower(frame::MsgIds&, const frame::TransportInfo&, int off) {
+int Application::controlPanelPower(frame::MsgIds&, const frame::TransportInfo&, int off) try {
     int type = g_screenType.load();
     if (type == -1) {
         // The cache keeps whatever the utility leaves in the value, even after a failed read.
@@ -84,10 +87,11 @@ int Application::controlPanelPower(frame::MsgIds&, const frame::TransportInfo&, 
     }
     return 0;
 }
+SYSCTRL_ENTRY_GUARD(kStatusFailed)
 
 // The ZAM options: a set without the ZAM object ignores them silently.
 
-int Application::setBootEnvDbtable(frame::MsgIds&, const frame::TransportInfo&, int value) {
+int Application::setBootEnvDbtable(frame::MsgIds&, const frame::TransportInfo&, int value) try {
     const boost::shared_ptr<zo::port::ZamControl> zam =
         portObject(&zo::port::Factory::getZamControl);
     if (!zam) {
@@ -100,8 +104,9 @@ int Application::setBootEnvDbtable(frame::MsgIds&, const frame::TransportInfo&, 
     }
     return 0;
 }
+SYSCTRL_ENTRY_GUARD(kStatusFailed)
 
-int Application::controlComEnabled(frame::MsgIds&, const frame::TransportInfo&, int value) {
+int Application::controlComEnabled(frame::MsgIds&, const frame::TransportInfo&, int value) try {
     const boost::shared_ptr<zo::port::ZamControl> zam =
         portObject(&zo::port::Factory::getZamControl);
     if (!zam) {
@@ -113,8 +118,9 @@ int Application::controlComEnabled(frame::MsgIds&, const frame::TransportInfo&, 
     }
     return 0;
 }
+SYSCTRL_ENTRY_GUARD(kStatusFailed)
 
-int Application::controlUartState(frame::MsgIds&, const frame::TransportInfo&, int value) {
+int Application::controlUartState(frame::MsgIds&, const frame::TransportInfo&, int value) try {
     const boost::shared_ptr<zo::port::ZamControl> zam =
         portObject(&zo::port::Factory::getZamControl);
     if (!zam) {
@@ -131,8 +137,10 @@ int Application::controlUartState(frame::MsgIds&, const frame::TransportInfo&, i
     }
     return 0;
 }
+SYSCTRL_ENTRY_GUARD(kStatusFailed)
 
-int Application::setGpioStatus(frame::MsgIds&, const frame::TransportInfo&, int gpio, int value) {
+int Application::setGpioStatus(frame::MsgIds&, const frame::TransportInfo&, int gpio,
+                               int value) try {
     SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): Called,value:%d.\n", value);
     const boost::shared_ptr<zo::port::ZamControl> zam =
         portObject(&zo::port::Factory::getZamControl);
@@ -147,5 +155,6 @@ int Application::setGpioStatus(frame::MsgIds&, const frame::TransportInfo&, int 
     }
     return 0;
 }
+SYSCTRL_ENTRY_GUARD(kStatusFailed)
 
 }  // namespace sysctrlservice
