@@ -23,17 +23,24 @@ const uint32_t kFlagForceCycle = 0x8;
 
 // Bits of the run's result.
 const int kResultPanelCycle = 0x30;
-const int kResultClearMaintTime = 0x100;
-const int kResultClearRefreshTime = 0x200;
 
 // Codes on the status display.
 const int kStatusMaintenance = 11;
 const int kStatusRefresh = 12;
 const int kStatusPanelCycle = 16;
 
-// Operating-time counters that a run may clear.
-const int kMaintTimeCounter = 3;
-const int kRefreshTimeCounter = 4;
+// The operating-time counters a run may clear: the result bit that asks for it, the counter, the
+// record the clearing leaves, and the counter's name in the trace.
+struct CounterClearing {
+    int resultBit;
+    int counter;
+    PMRType record;
+    const char* name;
+};
+const CounterClearing kCounterClearings[] = {
+    {0x100, 3, PMR_MAINT_CLEARED, "maint"},
+    {0x200, 4, PMR_REFRESH_CLEARED, "refresh"},
+};
 
 const int kMaintThreadPriority = -2;
 const unsigned int kPanelCyclePauseMilliseconds = 3000;
@@ -193,17 +200,15 @@ void Application::clearCounters(int result) {
                        "%s:%d:%s(): Cannot get operation hours object\n");
         return;
     }
-    if ((result & kResultClearMaintTime) != 0) {
-        SYSCTRL_LOG_AS(kMaintThreadName, LOG_TRACE, "%s:%d:%s(): clear panel maint time\n");
-        hours->clearOperationTime(kMaintTimeCounter);
-        markPanelEvent(m_oledPanel, PMR_MAINT_CLEARED);
-        addPMRecord(PMR_MAINT_CLEARED);
-    }
-    if ((result & kResultClearRefreshTime) != 0) {
-        SYSCTRL_LOG_AS(kMaintThreadName, LOG_TRACE, "%s:%d:%s(): clear panel refresh time\n");
-        hours->clearOperationTime(kRefreshTimeCounter);
-        markPanelEvent(m_oledPanel, PMR_REFRESH_CLEARED);
-        addPMRecord(PMR_REFRESH_CLEARED);
+    for (const CounterClearing& clearing : kCounterClearings) {
+        if ((result & clearing.resultBit) == 0) {
+            continue;
+        }
+        SYSCTRL_LOG_AS(kMaintThreadName, LOG_TRACE, "%s:%d:%s(): clear panel %s time\n",
+                       clearing.name);
+        hours->clearOperationTime(clearing.counter);
+        markPanelEvent(m_oledPanel, clearing.record);
+        addPMRecord(clearing.record);
     }
 }
 
