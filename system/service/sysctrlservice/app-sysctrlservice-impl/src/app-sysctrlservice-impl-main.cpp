@@ -205,7 +205,7 @@ int Application::notify(zo::port::eventClass_enum eventClass,
     }
 
     if (eventClass != zo::port::EVENT_CLASS_OPERATION_HOURS || (eventId & 0x1) == 0) {
-        return -1;
+        return kStatusFailed;
     }
     const boost::shared_ptr<zo::port::OperationHours> operationHours =
         boost::dynamic_pointer_cast<zo::port::OperationHours>(subject);

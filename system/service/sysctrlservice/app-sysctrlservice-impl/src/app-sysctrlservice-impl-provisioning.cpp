@@ -180,15 +180,15 @@ int Application::getYTSignature(frame::MsgIds& msgIds, const frame::TransportInf
                                 const std::string& message, unsigned int /*reserved*/,
                                 unsigned int signatureLength) try {
     if (!m_factory) {
-        return -1;
+        return kStatusFailed;
     }
     if (message.empty()) {
         SYSCTRL_LOG(LOG_PORT_ERROR, "%s:%d:%s(): param message must not null, please check.\n");
-        return -1;
+        return kStatusFailed;
     }
     const boost::shared_ptr<zo::port::Signer> signer = portObject(&zo::port::Factory::getSigner);
     if (!signer) {
-        return -1;
+        return kStatusFailed;
     }
     // The text says "expect <" but a signature of exactly the buffer's size is accepted; both are
     // kept as callers know them.
@@ -197,7 +197,7 @@ int Application::getYTSignature(frame::MsgIds& msgIds, const frame::TransportInf
                     "%s:%d:%s(): ZAM get youtube signature success , but signature size is too "
                     "biger, expect < %d,actual len:%d.\n",
                     kSignatureCapacity, signatureLength);
-        return -1;
+        return kStatusFailed;
     }
 
     std::array<uint8_t, kSignatureCapacity> signature{};
@@ -207,7 +207,7 @@ int Application::getYTSignature(frame::MsgIds& msgIds, const frame::TransportInf
     if (result != 0) {
         SYSCTRL_LOG(LOG_PORT_ERROR, "%s:%d:%s(): ZAM get youtube signature failed , ret = %d.\n",
                     result);
-        return -1;
+        return kStatusFailed;
     }
     SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): ZAM get youtube signature value successfully\n");
 
