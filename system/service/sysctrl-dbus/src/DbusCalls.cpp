@@ -104,11 +104,9 @@ using SI = ServiceInterface;
 typedef EnumInt<CaptureType_t> CaptureType;
 typedef EnumInt<PowerMode_t> PowerMode;
 
-}  // namespace
-
-const std::vector<MethodSpec>& methods() {
-    const Signals& s = typedSignals();
-    static const std::vector<MethodSpec> table = {
+// Fuses, credentials and the factory manager's devices: HDMI, I2C and the EAROM.
+std::vector<MethodSpec> factoryMethods(const Signals& s) {
+    return {
         method<Unsigned>("RequestFuseInfo", {"selector"}, &SI::requestFuseInfo, &s.requestFuseInfo),
         method<FuseItems>("BurnFuses", {"items"}, &SI::burnFuses, &s.burnFuses),
         method<Int>("ReinitCredentials", {"mode"}, &SI::reinitCredentials, &s.reinitCredentials),
@@ -117,12 +115,24 @@ const std::vector<MethodSpec>& methods() {
         method<Int, Unsigned>("ReadEarom", {"offset", "length"}, &SI::readEarom, &s.readEarom),
         method<Int, Bytes>("WriteEarom", {"offset", "data"}, &SI::writeEarom, &s.writeEarom),
         method<>("GetEaromSize", {}, &SI::getEaromSize, &s.getEaromSize),
+    };
+}
+
+// The text-command languages: OPC, GPIO, antenna, shell and UART.
+std::vector<MethodSpec> textCommandMethods(const Signals& s) {
+    return {
         method<Text>("ControlOpc", {"command"}, &SI::controlOpc, &s.controlOpc),
         method<Text>("SetGpio", {"command"}, &SI::setGpio, &s.setGpio),
         method<Text>("GetGpio", {"command"}, &SI::getGpio, &s.getGpio),
         method<Text>("ControlAntenna", {"command"}, &SI::controlAntenna, &s.controlAntenna),
         method<Text>("ExecuteZoshell", {"command"}, &SI::executeZoshell, &s.executeZoshell),
         method<Text, Text>("ControlUart", {"command", "data"}, &SI::controlUart, &s.controlUart),
+    };
+}
+
+// Capture, power, boot settings, the remote control and keypad, LEDs, GPIO and the UART switch.
+std::vector<MethodSpec> setControlMethods(const Signals& s) {
+    return {
         method<Text, Text, CaptureType>("CmdCaptureScreen", {"path", "name", "type"},
                                         &SI::cmdCaptureScreen),
         method<PowerMode>("ControlPowerMode", {"mode"}, &SI::controlPowerMode),
@@ -141,6 +151,13 @@ const std::vector<MethodSpec>& methods() {
                               &SI::ctrlLedColorState),
         method<Int>("CtrlLogoLedGpioStatus", {"status"}, &SI::ctrlLogoLedGpioStatus),
         method<Int>("ControlUartState", {"value"}, &SI::controlUartState),
+    };
+}
+
+// The OLED panel's maintenance and tuning, the far-field unit, identity and signing, display
+// settings and operating time.
+std::vector<MethodSpec> panelAndIdentityMethods(const Signals& s) {
+    return {
         // The run's result comes later, as the unsolicited OledMaintResult signal.
         method<Unsigned>("ControlOledMaint", {"flag"}, &SI::controlOledMaint),
         // The panel information comes as the unsolicited OledPanelInfoResult signal.
@@ -172,6 +189,22 @@ const std::vector<MethodSpec>& methods() {
         method<Int>("SetOledManualGainEnable", {"enable"}, &SI::setOledManualGainEnable),
         method<>("GetOledManualGainEnable", {}, &SI::getOledManualGainEnable),
     };
+}
+
+}  // namespace
+
+// In the interface's order, which is the order introspection lists them in.
+const std::vector<MethodSpec>& methods() {
+    static const std::vector<MethodSpec> table = [] {
+        const Signals& s = typedSignals();
+        std::vector<MethodSpec> all;
+        for (const std::vector<MethodSpec>& group :
+             {factoryMethods(s), textCommandMethods(s), setControlMethods(s),
+              panelAndIdentityMethods(s)}) {
+            all.insert(all.end(), group.begin(), group.end());
+        }
+        return all;
+    }();
     return table;
 }
 
