@@ -3,26 +3,20 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "FuzzInput.h"
 #include "FuzzService.h"
 
+using sysctrlfuzz::FuzzCall;
 using sysctrlfuzz::FuzzService;
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    FuzzService& fuzz = FuzzService::instance();
-    fuzz.reset();
-    sysctrlfuzz::FuzzInput input(data, size);
-    int calls = 0;
-    do {
-        const std::string line = input.takeLine();
-        frame::MsgIds ids = FuzzService::msgIds(++calls);
+    return FuzzService::runCalls(data, size, [](FuzzCall& call) {
+        const std::string line = call.input.takeLine();
         if (line.compare(0, 4, "lnb ") == 0) {
-            fuzz.service().setLnbPower(ids, FuzzService::transport(calls),
-                                       static_cast<int>(std::strtol(line.c_str() + 4, nullptr, 0)));
+            call.service.setLnbPower(call.ids, call.transport,
+                                     static_cast<int>(std::strtol(line.c_str() + 4, nullptr, 0)));
         } else {
-            fuzz.service().controlAntenna(ids, FuzzService::transport(calls), line);
+            call.service.controlAntenna(call.ids, call.transport, line);
         }
-    } while (!input.empty());
-    fuzz.expectAnswers(calls);
-    return 0;
+        return true;
+    });
 }

@@ -2,9 +2,9 @@
 // status, a line of command text, and a line the device answers with.
 #include <cstdint>
 
-#include "FuzzInput.h"
 #include "FuzzService.h"
 
+using sysctrlfuzz::FuzzCall;
 using sysctrlfuzz::FuzzService;
 
 namespace {
@@ -28,22 +28,16 @@ const int kSurfaceCount = sizeof kSurfaces / sizeof kSurfaces[0];
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    FuzzService& fuzz = FuzzService::instance();
-    fuzz.reset();
-    sysctrlfuzz::FuzzInput input(data, size);
-    int calls = 0;
-    do {
-        const uint8_t choice = input.takeByte();
+    return FuzzService::runCalls(data, size, [](FuzzCall& call) {
+        const uint8_t choice = call.input.takeByte();
         const Surface& surface = kSurfaces[choice % kSurfaceCount];
-        const std::string command = input.takeLine();
-        const std::string reply = input.takeLine();
+        const std::string command = call.input.takeLine();
+        const std::string reply = call.input.takeLine();
         if (surface.device != nullptr) {
-            fuzz.setAnswer(surface.device, static_cast<int>(choice / kSurfaceCount % 3) - 1,
-                           sim::json::array({sim::textOrHex(reply)}));
+            call.fuzz.setAnswer(surface.device, static_cast<int>(choice / kSurfaceCount % 3) - 1,
+                                sim::json::array({sim::textOrHex(reply)}));
         }
-        frame::MsgIds ids = FuzzService::msgIds(++calls);
-        (fuzz.service().*surface.operation)(ids, FuzzService::transport(calls), command);
-    } while (!input.empty());
-    fuzz.expectAnswers(calls);
-    return 0;
+        (call.service.*surface.operation)(call.ids, call.transport, command);
+        return true;
+    });
 }

@@ -119,6 +119,23 @@ void FuzzService::setAnswer(const std::string& objectOperation, const sim::json&
     }
 }
 
+int FuzzService::runCalls(const uint8_t* data, size_t size, const CallMaker& makeCall) {
+    FuzzService& fuzz = instance();
+    fuzz.reset();
+    FuzzInput input(data, size);
+    std::vector<int> answered;
+    int k = 0;
+    do {
+        ++k;
+        FuzzCall call{input, fuzz, fuzz.service(), msgIds(k), transport(k)};
+        if (makeCall(call)) {
+            answered.push_back(k);
+        }
+    } while (!input.empty());
+    fuzz.expectAnswers(answered);
+    return 0;
+}
+
 std::string FuzzService::rootPath(const std::string& systemPath) {
     return zo::fs::path(systemPath);
 }

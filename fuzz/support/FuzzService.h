@@ -2,16 +2,33 @@
 #define FUZZ_FUZZSERVICE_H
 
 #include <cstddef>
+#include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
 #include <boost/shared_ptr.hpp>
 
 #include "Application.h"
+#include "FuzzInput.h"
 #include "RecordingClient.h"
 #include "sim/SimSet.h"
 
 namespace sysctrlfuzz {
+
+class FuzzService;
+
+// One call of an input: where its pieces come from, the service and the call's identifiers.
+struct FuzzCall {
+    FuzzInput& input;
+    FuzzService& fuzz;
+    sysctrlservice::ServiceInterface& service;
+    frame::MsgIds ids;
+    const frame::TransportInfo transport;
+};
+// Reads one call's pieces from the input, prepares the set and makes the call. Returns whether the
+// call answers (one callback); a call that refuses answers nothing.
+typedef std::function<bool(FuzzCall& call)> CallMaker;
 
 // One simulated set and one started service with one registered client for the whole process,
 // brought back to a fresh set's state before each input: making them anew per input costs more
@@ -43,6 +60,11 @@ class FuzzService {
     // Scripts a port operation's answer; aborts on an operation the set does not know.
     void setAnswer(const std::string& objectOperation, const sim::json& result,
                    const sim::json& outputs);
+    // The body of a target that makes calls: resets the service, then makes calls 1, 2, ... with
+    // `makeCall` until the input is used up (at least one call, even for an empty input), and
+    // aborts unless each answering call answered once with its identifiers. Returns 0, as a
+    // target does for an input it ran.
+    static int runCalls(const uint8_t* data, size_t size, const CallMaker& makeCall);
     // A system path under the process's file-system root.
     static std::string rootPath(const std::string& systemPath);
 
