@@ -17,16 +17,9 @@ namespace {
 
 using nlohmann::json;
 
-const char kHelp[] =
-    "life cycle: setup | start | stop | destroy\n"
-    "clients:    addClient NAME | removeClient NAME\n"
-    "operations: OPERATION ARGS... (every interface operation, arguments after MsgIds and "
-    "TransportInfo)\n"
-    "the set:    absent OBJECT | present OBJECT | set OBJECT.OPERATION RESULT [OUTPUT...] |\n"
-    "            unset OBJECT.OPERATION | state OBJECT.KEY [VALUE] | fail frame.STEP STATUS\n"
-    "events:     event SUBJECT CLASS ID | oledError MASK | wait\n"
-    "files:      ini FILE SECTION KEY VALUE | file PATH TEXT | mkdir PATH | show PATH\n"
-    "other:      echo TEXT... | help";
+// Help starts a group's commands at this column and wraps between commands past this width.
+const size_t kHelpIndent = 12;
+const size_t kHelpWidth = 100;
 
 void replaceAll(std::string& text, const std::string& from, const std::string& to) {
     for (size_t at = text.find(from); at != std::string::npos;
@@ -181,91 +174,100 @@ void DeskHost::runLine(const std::string& line, int lineNumber) {
     }
 }
 
+const std::vector<DeskHost::Command>& DeskHost::commands() {
+    typedef const std::vector<Word>& Words;
+    static const std::vector<Command> table = {
+        {"setup", [](DeskHost& h, Words w) { return h.stepTo(w, Stage::SetupDone); }, "life cycle",
+         "setup"},
+        {"start", [](DeskHost& h, Words w) { return h.stepTo(w, Stage::Started); }, "life cycle",
+         "start"},
+        {"stop", [](DeskHost& h, Words w) { return h.stepTo(w, Stage::Stopped); }, "life cycle",
+         "stop"},
+        {"destroy", &DeskHost::destroyCommand, "life cycle", "destroy"},
+        {"addClient", &DeskHost::callClientOperation, "clients", "addClient NAME"},
+        {"removeClient", &DeskHost::callClientOperation, "clients", "removeClient NAME"},
+        {nullptr, &DeskHost::callOperation, "operations",
+         "OPERATION ARGS... (every interface operation, arguments after MsgIds and "
+         "TransportInfo)"},
+        {"absent", &DeskHost::setPresence, "the set", "absent OBJECT"},
+        {"present", &DeskHost::setPresence, "the set", "present OBJECT"},
+        {"set", &DeskHost::setAnswer, "the set", "set OBJECT.OPERATION RESULT [OUTPUT...]"},
+        {"unset", &DeskHost::unsetAnswer, "the set", "unset OBJECT.OPERATION"},
+        {"state", &DeskHost::stateCommand, "the set", "state OBJECT.KEY [VALUE]"},
+        {"fail", &DeskHost::failStep, "the set", "fail frame.STEP STATUS"},
+        {"event", &DeskHost::fireEvent, "events", "event SUBJECT CLASS ID"},
+        {"oledError", &DeskHost::raiseOledError, "events", "oledError MASK"},
+        {"wait", &DeskHost::waitCommand, "events", "wait"},
+        {"ini", &DeskHost::writeFile, "files", "ini FILE SECTION KEY VALUE"},
+        {"file", &DeskHost::writeFile, "files", "file PATH TEXT"},
+        {"mkdir", &DeskHost::writeFile, "files", "mkdir PATH"},
+        {"show", &DeskHost::showFile, "files", "show PATH"},
+        {"echo", &DeskHost::echo, "other", "echo TEXT..."},
+        {"help", &DeskHost::help, "other", "help"},
+    };
+    return table;
+}
+
+const DeskHost::Command* DeskHost::findCommand(const std::string& word) {
+    for (const Command& command : commands()) {
+        const bool matches =
+            command.word != nullptr ? word == command.word : findOperation(word) != nullptr;
+        if (matches) {
+            return &command;
+        }
+    }
+    return nullptr;
+}
+
+std::string DeskHost::helpText() {
+    std::string text;
+    std::string line;
+    const char* group = nullptr;
+    for (const Command& command : commands()) {
+        if (group == nullptr || std::string(group) != command.group) {
+            text += line.empty() ? "" : line + "\n";
+            group = command.group;
+            line = std::string(group) + ":";
+            line.resize(kHelpIndent, ' ');
+            line += command.usage;
+        } else if (line.size() + 3 + std::string(command.usage).size() > kHelpWidth) {
+            text += line + " |\n";
+            line = std::string(kHelpIndent, ' ') + command.usage;
+        } else {
+            line += std::string(" | ") + command.usage;
+        }
+    }
+    return text + line;
+}
+
 bool DeskHost::runCommand(const std::vector<Word>& words) {
+    const Command* command = findCommand(words[0].text);
+    if (command == nullptr) {
+        error("unknown command " + words[0].text + " (help lists the commands)");
+        return false;
+    }
+    return command->run(*this, words);
+}
+
+bool DeskHost::stepTo(const std::vector<Word>& words, Stage wanted) {
     const std::string& command = words[0].text;
-    if (command == "setup" || command == "start" || command == "stop") {
-        const Stage wanted = command == "setup"   ? Stage::SetupDone
-                             : command == "start" ? Stage::Started
-                                                  : Stage::Stopped;
-        if (words.size() > 1) {
-            error(command + " takes no arguments");
-            return false;
-        }
-        if (m_stage >= wanted && m_stage != Stage::Destroyed) {
-            error(command + " has already run");
-            return false;
-        }
-        return reach(wanted);
+    if (words.size() > 1) {
+        error(command + " takes no arguments");
+        return false;
     }
-    if (command == "destroy") {
-        if (!reach(Stage::Created)) {
-            return false;
-        }
-        destroy();
-        return true;
+    if (m_stage >= wanted && m_stage != Stage::Destroyed) {
+        error(command + " has already run");
+        return false;
     }
-    if (command == "addClient" || command == "removeClient") {
-        return callClientOperation(words);
+    return reach(wanted);
+}
+
+bool DeskHost::destroyCommand(const std::vector<Word>&) {
+    if (!reach(Stage::Created)) {
+        return false;
     }
-    if (findOperation(command) != nullptr) {
-        return callOperation(words);
-    }
-    if (command == "set" || command == "unset" || command == "state" || command == "absent" ||
-        command == "present" || command == "fail") {
-        return scriptSet(words);
-    }
-    if (command == "ini" || command == "file" || command == "mkdir" || command == "show") {
-        return scriptFile(words);
-    }
-    Arguments args(words, 1);
-    if (command == "event") {
-        const std::string subject = args.text("subject");
-        const int32_t eventClass = args.integer("event class");
-        const int32_t eventId = args.integer("event id");
-        if (!startedWith(args)) {
-            return false;
-        }
-        std::vector<sim::SimSet::Delivery> deliveries;
-        std::string problem;
-        if (!m_sim->fireEvent(subject, eventClass, eventId, deliveries, problem)) {
-            error(problem);
-            return false;
-        }
-        return true;
-    }
-    if (command == "oledError") {
-        const uint32_t mask = args.unsignedInteger("mask");
-        if (!startedWith(args)) {
-            return false;
-        }
-        if (!m_sim->raiseOledError(mask)) {
-            error("the service registered no OLED error callback");
-            return false;
-        }
-        return true;
-    }
-    if (command == "wait") {
-        if (!args.finish()) {
-            error(args.error());
-            return false;
-        }
-        zo::host::waitForThreads();
-        return true;
-    }
-    if (command == "echo") {
-        std::string text;
-        for (const Word& word : args.rest()) {
-            text += (text.empty() ? "" : " ") + word.text;
-        }
-        m_printer.print(json{{"event", "echo"}, {"text", sim::textOrHex(text)}});
-        return true;
-    }
-    if (command == "help") {
-        m_printer.print(json{{"event", "help"}, {"text", kHelp}});
-        return true;
-    }
-    error("unknown command " + command + " (help lists the commands)");
-    return false;
+    destroy();
+    return true;
 }
 
 bool DeskHost::startedWith(Arguments& args) {
@@ -276,14 +278,21 @@ bool DeskHost::startedWith(Arguments& args) {
     return reach(Stage::Started);
 }
 
-bool DeskHost::callOperation(const std::vector<Word>& words) {
-    const Operation* operation = findOperation(words[0].text);
+sysctrlservice::ServiceInterface* DeskHost::startedService() {
     if (!reach(Stage::Started)) {
-        return false;
+        return nullptr;
     }
     sysctrlservice::ServiceInterface* target = service();
     if (target == nullptr) {
         error("the service interface is not registered");
+    }
+    return target;
+}
+
+bool DeskHost::callOperation(const std::vector<Word>& words) {
+    const Operation* operation = findOperation(words[0].text);
+    sysctrlservice::ServiceInterface* target = startedService();
+    if (target == nullptr) {
         return false;
     }
     const int32_t k = m_calls + 1;
@@ -308,12 +317,8 @@ bool DeskHost::callClientOperation(const std::vector<Word>& words) {
         error(words[0].text + ": " + args.error());
         return false;
     }
-    if (!reach(Stage::Started)) {
-        return false;
-    }
-    sysctrlservice::ServiceInterface* target = service();
+    sysctrlservice::ServiceInterface* target = startedService();
     if (target == nullptr) {
-        error("the service interface is not registered");
         return false;
     }
     // A fresh handle to the same client object each time.
@@ -325,55 +330,135 @@ bool DeskHost::callClientOperation(const std::vector<Word>& words) {
     return true;
 }
 
-bool DeskHost::scriptSet(const std::vector<Word>& words) {
-    const std::string& command = words[0].text;
-    Arguments args(words, 1);
-    const std::string target = args.text("OBJECT.NAME");
-    std::string problem;
-    bool done = false;
-    if (command == "absent" || command == "present") {
-        done = args.finish() && m_sim->setPresent(target, command == "present", problem);
-    } else if (command == "unset") {
-        done = args.finish() && m_sim->clearAnswer(target, problem);
-    } else if (command == "set") {
-        const json result = args.value("result");
-        json outputs = json::array();
-        while (args.ok() && !args.atEnd()) {
-            outputs.push_back(args.value("output"));
-        }
-        done = args.finish() && m_sim->setAnswer(target, result, outputs, problem);
-    } else if (command == "state") {
-        if (args.ok() && args.atEnd()) {
-            m_printer.print(
-                json{{"event", "state"}, {"name", target}, {"value", m_sim->getState(target)}});
-            return true;
-        }
-        const json value = args.value("value");
-        done = args.finish() && m_sim->setState(target, value, problem);
-    } else if (command == "fail") {
-        const int32_t status = args.integer("status");
-        static const std::map<std::string, zo::host::FrameStep> steps = {
-            {"frame.performSetupDone", zo::host::FrameStep::PerformSetupDone},
-            {"frame.performStarting", zo::host::FrameStep::PerformStarting},
-            {"frame.performStopping", zo::host::FrameStep::PerformStopping},
-            {"frame.registerInterface", zo::host::FrameStep::RegisterInterface}};
-        const auto step = steps.find(target);
-        if (args.finish() && step == steps.end()) {
-            problem =
-                "fail takes frame.performSetupDone, frame.performStarting, "
-                "frame.performStopping or frame.registerInterface";
-        } else if (args.ok()) {
-            zo::host::setFrameStepResult(step->second, status);
-            done = true;
-        }
-    }
+bool DeskHost::reported(const std::vector<Word>& words, const Arguments& args, bool done,
+                        const std::string& problem) {
     if (!done) {
-        error(command + ": " + (args.ok() ? problem : args.error()));
+        error(words[0].text + ": " + (args.ok() ? problem : args.error()));
     }
     return done;
 }
 
-bool DeskHost::scriptFile(const std::vector<Word>& words) {
+bool DeskHost::setPresence(const std::vector<Word>& words) {
+    Arguments args(words, 1);
+    const std::string target = args.text("OBJECT.NAME");
+    std::string problem;
+    const bool present = words[0].text == "present";
+    const bool done = args.finish() && m_sim->setPresent(target, present, problem);
+    return reported(words, args, done, problem);
+}
+
+bool DeskHost::unsetAnswer(const std::vector<Word>& words) {
+    Arguments args(words, 1);
+    const std::string target = args.text("OBJECT.NAME");
+    std::string problem;
+    const bool done = args.finish() && m_sim->clearAnswer(target, problem);
+    return reported(words, args, done, problem);
+}
+
+bool DeskHost::setAnswer(const std::vector<Word>& words) {
+    Arguments args(words, 1);
+    const std::string target = args.text("OBJECT.NAME");
+    const json result = args.value("result");
+    json outputs = json::array();
+    while (args.ok() && !args.atEnd()) {
+        outputs.push_back(args.value("output"));
+    }
+    std::string problem;
+    const bool done = args.finish() && m_sim->setAnswer(target, result, outputs, problem);
+    return reported(words, args, done, problem);
+}
+
+bool DeskHost::stateCommand(const std::vector<Word>& words) {
+    Arguments args(words, 1);
+    const std::string target = args.text("OBJECT.NAME");
+    if (args.ok() && args.atEnd()) {
+        m_printer.print(
+            json{{"event", "state"}, {"name", target}, {"value", m_sim->getState(target)}});
+        return true;
+    }
+    const json value = args.value("value");
+    std::string problem;
+    const bool done = args.finish() && m_sim->setState(target, value, problem);
+    return reported(words, args, done, problem);
+}
+
+bool DeskHost::failStep(const std::vector<Word>& words) {
+    static const std::map<std::string, zo::host::FrameStep> steps = {
+        {"frame.performSetupDone", zo::host::FrameStep::PerformSetupDone},
+        {"frame.performStarting", zo::host::FrameStep::PerformStarting},
+        {"frame.performStopping", zo::host::FrameStep::PerformStopping},
+        {"frame.registerInterface", zo::host::FrameStep::RegisterInterface}};
+    Arguments args(words, 1);
+    const auto step = steps.find(args.text("OBJECT.NAME"));
+    const int32_t status = args.integer("status");
+    if (!args.finish()) {
+        return reported(words, args, false, "");
+    }
+    if (step == steps.end()) {
+        return reported(words, args, false,
+                        "fail takes frame.performSetupDone, frame.performStarting, "
+                        "frame.performStopping or frame.registerInterface");
+    }
+    zo::host::setFrameStepResult(step->second, status);
+    return true;
+}
+
+bool DeskHost::fireEvent(const std::vector<Word>& words) {
+    Arguments args(words, 1);
+    const std::string subject = args.text("subject");
+    const int32_t eventClass = args.integer("event class");
+    const int32_t eventId = args.integer("event id");
+    if (!startedWith(args)) {
+        return false;
+    }
+    std::vector<sim::SimSet::Delivery> deliveries;
+    std::string problem;
+    if (!m_sim->fireEvent(subject, eventClass, eventId, deliveries, problem)) {
+        error(problem);
+        return false;
+    }
+    return true;
+}
+
+bool DeskHost::raiseOledError(const std::vector<Word>& words) {
+    Arguments args(words, 1);
+    const uint32_t mask = args.unsignedInteger("mask");
+    if (!startedWith(args)) {
+        return false;
+    }
+    if (!m_sim->raiseOledError(mask)) {
+        error("the service registered no OLED error callback");
+        return false;
+    }
+    return true;
+}
+
+bool DeskHost::waitCommand(const std::vector<Word>& words) {
+    Arguments args(words, 1);
+    if (!args.finish()) {
+        error(args.error());
+        return false;
+    }
+    zo::host::waitForThreads();
+    return true;
+}
+
+bool DeskHost::echo(const std::vector<Word>& words) {
+    Arguments args(words, 1);
+    std::string text;
+    for (const Word& word : args.rest()) {
+        text += (text.empty() ? "" : " ") + word.text;
+    }
+    m_printer.print(json{{"event", "echo"}, {"text", sim::textOrHex(text)}});
+    return true;
+}
+
+bool DeskHost::help(const std::vector<Word>&) {
+    m_printer.print(json{{"event", "help"}, {"text", helpText()}});
+    return true;
+}
+
+bool DeskHost::writeFile(const std::vector<Word>& words) {
     const std::string& command = words[0].text;
     Arguments args(words, 1);
     const std::string path = mapped(args.text("path"));
@@ -382,7 +467,7 @@ bool DeskHost::scriptFile(const std::vector<Word>& words) {
         if (args.finish()) {
             std::filesystem::create_directories(path, failure);
         }
-    } else if (command == "file" || command == "ini") {
+    } else {
         std::string content;
         if (command == "file") {
             content = args.text("text");
@@ -401,26 +486,6 @@ bool DeskHost::scriptFile(const std::vector<Word>& words) {
                 failure = std::make_error_code(std::errc::io_error);
             }
         }
-    } else if (args.finish()) {
-        json event{{"event", "file"}, {"path", words[1].text}};
-        struct stat info;
-        if (stat(path.c_str(), &info) != 0) {
-            event["exists"] = false;
-        } else {
-            char mode[8];
-            std::snprintf(mode, sizeof mode, "0%o", info.st_mode & 07777);
-            event["exists"] = true;
-            event["size"] = static_cast<uint64_t>(info.st_size);
-            event["mode"] = mode;
-            std::ifstream in(path, std::ios::binary);
-            std::ostringstream content;
-            content << in.rdbuf();
-            const json text = sim::textOrHex(content.str());
-            if (text.is_string() && info.st_size <= 65536) {
-                event["content"] = text;
-            }
-        }
-        m_printer.print(event);
     }
     if (!args.ok()) {
         error(command + ": " + args.error());
@@ -430,6 +495,35 @@ bool DeskHost::scriptFile(const std::vector<Word>& words) {
         error(command + " " + words[1].text + ": " + failure.message());
         return false;
     }
+    return true;
+}
+
+bool DeskHost::showFile(const std::vector<Word>& words) {
+    Arguments args(words, 1);
+    const std::string path = mapped(args.text("path"));
+    if (!args.finish()) {
+        error(words[0].text + ": " + args.error());
+        return false;
+    }
+    json event{{"event", "file"}, {"path", words[1].text}};
+    struct stat info;
+    if (stat(path.c_str(), &info) != 0) {
+        event["exists"] = false;
+    } else {
+        char mode[8];
+        std::snprintf(mode, sizeof mode, "0%o", info.st_mode & 07777);
+        event["exists"] = true;
+        event["size"] = static_cast<uint64_t>(info.st_size);
+        event["mode"] = mode;
+        std::ifstream in(path, std::ios::binary);
+        std::ostringstream content;
+        content << in.rdbuf();
+        const json text = sim::textOrHex(content.str());
+        if (text.is_string() && info.st_size <= 65536) {
+            event["content"] = text;
+        }
+    }
+    m_printer.print(event);
     return true;
 }
 

@@ -11,10 +11,10 @@
 
 #include "Arguments.h"
 #include "Printer.h"
+#include "RecordingClient.h"
 #include "ScriptLexer.h"
 #include "ServiceInterface.h"
 #include "frame/AbstractApplication.h"
-#include "RecordingClient.h"
 #include "sim/SimSet.h"
 
 namespace desk {
@@ -51,14 +51,53 @@ class DeskHost {
     bool create();
     void destroy();
 
+    // A script command: the word that starts it (null: any interface operation), what runs it, and
+    // its entry in help: the group it is listed under and how it is written.
+    struct Command {
+        const char* word;
+        std::function<bool(DeskHost& host, const std::vector<Word>& words)> run;
+        const char* group;
+        const char* usage;
+    };
+    // Every command, in the order help lists them.
+    static const std::vector<Command>& commands();
+    static const Command* findCommand(const std::string& word);
+    // The help text: each group on a line of its own, its commands separated by " | ".
+    static std::string helpText();
+
     bool runCommand(const std::vector<Word>& words);
     // Checks that every argument was read and well formed, then runs the missing steps up to
     // start; an error event otherwise.
     bool startedWith(Arguments& args);
+    // Runs the missing steps up to start and returns the registered service; null, after an error
+    // event, when there is none.
+    sysctrlservice::ServiceInterface* startedService();
+
+    // Life cycle and clients.
+    bool stepTo(const std::vector<Word>& words, Stage wanted);
+    bool destroyCommand(const std::vector<Word>& words);
     bool callOperation(const std::vector<Word>& words);
     bool callClientOperation(const std::vector<Word>& words);
-    bool scriptSet(const std::vector<Word>& words);
-    bool scriptFile(const std::vector<Word>& words);
+    // The simulated set.
+    bool setPresence(const std::vector<Word>& words);
+    bool setAnswer(const std::vector<Word>& words);
+    bool unsetAnswer(const std::vector<Word>& words);
+    bool stateCommand(const std::vector<Word>& words);
+    bool failStep(const std::vector<Word>& words);
+    // An error event for a set command that did not run: the argument error, else `problem`.
+    bool reported(const std::vector<Word>& words, const Arguments& args, bool done,
+                  const std::string& problem);
+    // Events.
+    bool fireEvent(const std::vector<Word>& words);
+    bool raiseOledError(const std::vector<Word>& words);
+    bool waitCommand(const std::vector<Word>& words);
+    // Files.
+    bool writeFile(const std::vector<Word>& words);
+    bool showFile(const std::vector<Word>& words);
+    // Other.
+    bool echo(const std::vector<Word>& words);
+    bool help(const std::vector<Word>& words);
+
     sysctrlservice::ServiceInterface* service();
     boost::shared_ptr<sim::RecordingClient> client(const std::string& name);
     std::string mapped(const std::string& path) const;
