@@ -5,21 +5,7 @@
 
 namespace desk {
 
-Arguments::Arguments(const std::vector<Word>& words, size_t first)
-    : m_words(words), m_next(first) {}
-
-const Word* Arguments::take(const char* what) {
-    if (!ok()) {
-        return nullptr;
-    }
-    if (m_next >= m_words.size()) {
-        m_error = std::string("missing ") + what;
-        return nullptr;
-    }
-    return &m_words[m_next++];
-}
-
-bool Arguments::parseInteger(const std::string& text, int64_t& value) const {
+bool parseInteger(const std::string& text, int64_t& value) {
     size_t i = 0;
     bool negative = false;
     if (i < text.size() && (text[i] == '-' || text[i] == '+')) {
@@ -52,8 +38,27 @@ bool Arguments::parseInteger(const std::string& text, int64_t& value) const {
             return false;
         }
     }
-    value = negative ? -static_cast<int64_t>(magnitude) : static_cast<int64_t>(magnitude);
-    return value >= INT32_MIN && value <= static_cast<int64_t>(UINT32_MAX);
+    const int64_t result =
+        negative ? -static_cast<int64_t>(magnitude) : static_cast<int64_t>(magnitude);
+    if (result < INT32_MIN || result > static_cast<int64_t>(UINT32_MAX)) {
+        return false;
+    }
+    value = result;
+    return true;
+}
+
+Arguments::Arguments(const std::vector<Word>& words, size_t first)
+    : m_words(words), m_next(first) {}
+
+const Word* Arguments::take(const char* what) {
+    if (!ok()) {
+        return nullptr;
+    }
+    if (m_next >= m_words.size()) {
+        m_error = std::string("missing ") + what;
+        return nullptr;
+    }
+    return &m_words[m_next++];
 }
 
 int32_t Arguments::integer(const char* what) {

@@ -11,6 +11,11 @@
 
 namespace desk {
 
+// Reads the whole of `text` as a script's number: an optional "+" or "-", then decimal digits or
+// "0x" and hexadecimal digits, nothing else, within -2147483648..4294967295. Returns false,
+// leaving `value` alone, for anything else ("", "0x", "1.5", "5a", " 5", "4294967296").
+bool parseInteger(const std::string& text, int64_t& value);
+
 // Reads typed values from the words of a command, in order. The first bad or missing value sets
 // the error; later reads then return defaults, so a caller reads everything and checks ok() once.
 class Arguments {
@@ -36,7 +41,6 @@ class Arguments {
 
   private:
     const Word* take(const char* what);
-    bool parseInteger(const std::string& text, int64_t& value) const;
 
     const std::vector<Word>& m_words;
     size_t m_next;

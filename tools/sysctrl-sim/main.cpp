@@ -1,6 +1,7 @@
 // sysctrl-sim: runs the system-control plug-in on a simulated television, driven by scripts.
 #include <unistd.h>
 
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -10,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "Arguments.h"
 #include "DbusServe.h"
 #include "DeskHost.h"
 #include "Printer.h"
@@ -122,34 +124,52 @@ void runInput(desk::DeskHost& host, desk::ServiceOutput& output, std::istream& i
     }
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-    std::string plugin = defaultPlugin(argv[0], "libapp-sysctrlservice-impl.so");
-    std::string bridge = defaultPlugin(argv[0], "libapp-sysctrl-dbus.so");
+// What the command line asks for.
+struct Options {
+    std::string plugin;
+    std::string bridge;
     std::string bus;
     std::string root;
     bool json = false;
     std::set<std::string> only;
     std::vector<std::string> scripts;
+};
+
+// Sets the log threshold from the text of --log-level; false, with a message, for anything but a
+// whole number from 0 to 65535 (read as the scripts read numbers).
+bool setLogLevel(const std::string& text) {
+    int64_t level = 0;
+    if (!desk::parseInteger(text, level) || level < 0 || level > 0xFFFF) {
+        std::cerr << "sysctrl-sim: --log-level takes a level from 0 to 65535, got \"" << text
+                  << "\"\n";
+        return false;
+    }
+    zo::host::setDebugThreshold(static_cast<uint16_t>(level));
+    return true;
+}
+
+// Reads the command line into `options`. Returns -1 to go on running, else the exit status: 0
+// after --help or --describe, 2 for a bad command line.
+int readOptions(int argc, char** argv, Options& options) {
     for (int i = 1; i < argc; ++i) {
         const std::string arg = argv[i];
         const bool hasValue = i + 1 < argc;
         if (arg == "--plugin" && hasValue) {
-            plugin = argv[++i];
+            options.plugin = argv[++i];
         } else if (arg == "--root" && hasValue) {
-            root = argv[++i];
+            options.root = argv[++i];
         } else if (arg == "--dbus" && hasValue) {
-            bus = argv[++i];
+            options.bus = argv[++i];
         } else if (arg == "--bridge" && hasValue) {
-            bridge = argv[++i];
+            options.bridge = argv[++i];
         } else if (arg == "--json") {
-            json = true;
+            options.json = true;
         } else if (arg == "--only" && hasValue) {
-            only = splitKinds(argv[++i]);
+            options.only = splitKinds(argv[++i]);
         } else if (arg == "--log-level" && hasValue) {
-            zo::host::setDebugThreshold(
-                static_cast<uint16_t>(std::strtoul(argv[++i], nullptr, 10)));
+            if (!setLogLevel(argv[++i])) {
+                return 2;
+            }
         } else if (arg == "--describe") {
             std::cout << describeSimulatedSet();
             return 0;
@@ -157,65 +177,89 @@ int main(int argc, char** argv) {
             std::cout << kUsage;
             return 0;
         } else if (arg == "-" || arg.empty() || arg[0] != '-') {
-            scripts.push_back(arg);
+            options.scripts.push_back(arg);
         } else {
             std::cerr << "sysctrl-sim: unknown option " << arg << "\n" << kUsage;
             return 2;
         }
     }
+    return -1;
+}
 
-    // Before any thread starts, so that only the serving loop sees the stop signals.
-    const int stopSignals = bus.empty() ? -1 : desk::catchStopSignals();
-
-    bool temporaryRoot = false;
+// Makes `root` absolute, a fresh temporary directory when it is empty (`temporary` then says so),
+// with the directories a set has before any service runs. False when it cannot be made.
+bool prepareRoot(std::string& root, bool& temporary) {
     if (root.empty()) {
         char pattern[] = "/tmp/sysctrl-sim.XXXXXX";
         if (mkdtemp(pattern) == nullptr) {
             std::perror("sysctrl-sim: mkdtemp");
-            return 2;
+            return false;
         }
         root = pattern;
-        temporaryRoot = true;
+        temporary = true;
     }
     std::error_code failure;
     root = std::filesystem::absolute(root, failure).lexically_normal();
-    // The directories a set has before any service runs.
     for (const char* directory : {"/var/tvservice", "/quentadata/model/config"}) {
         std::filesystem::create_directories(root + directory, failure);
     }
     zo::host::setFileSystemRoot(root);
+    return true;
+}
 
+// Runs the scripts (standard input for "-" or none), serving on D-Bus instead when asked; true
+// when anything gave an error.
+bool runScripts(Options& options, int stopSignals) {
     bool errors = false;
-    {
-        desk::Printer printer(json, only);
-        desk::ServiceOutput output(printer);
-        desk::DeskHost host(plugin, root, printer);
-        if (scripts.empty()) {
-            scripts.push_back("-");
-        }
-        if (!bus.empty()) {
-            errors = desk::serveDbus(host, bus, bridge, scripts, stopSignals) != 0;
-            scripts.clear();
-        }
-        for (const std::string& script : scripts) {
-            if (script == "-") {
-                runInput(host, output, std::cin, isatty(STDIN_FILENO) != 0);
-                continue;
-            }
-            std::ifstream in(script);
-            if (!in) {
-                std::cerr << "sysctrl-sim: cannot open " << script << "\n";
-                errors = true;
-                continue;
-            }
-            runInput(host, output, in, false);
-        }
-        host.finish();
-        output.drain(true);
-        errors = errors || host.hadErrors();
+    desk::Printer printer(options.json, options.only);
+    desk::ServiceOutput output(printer);
+    desk::DeskHost host(options.plugin, options.root, printer);
+    if (options.scripts.empty()) {
+        options.scripts.push_back("-");
     }
+    if (!options.bus.empty()) {
+        errors =
+            desk::serveDbus(host, options.bus, options.bridge, options.scripts, stopSignals) != 0;
+        options.scripts.clear();
+    }
+    for (const std::string& script : options.scripts) {
+        if (script == "-") {
+            runInput(host, output, std::cin, isatty(STDIN_FILENO) != 0);
+            continue;
+        }
+        std::ifstream in(script);
+        if (!in) {
+            std::cerr << "sysctrl-sim: cannot open " << script << "\n";
+            errors = true;
+            continue;
+        }
+        runInput(host, output, in, false);
+    }
+    host.finish();
+    output.drain(true);
+    return errors || host.hadErrors();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    Options options;
+    options.plugin = defaultPlugin(argv[0], "libapp-sysctrlservice-impl.so");
+    options.bridge = defaultPlugin(argv[0], "libapp-sysctrl-dbus.so");
+    const int status = readOptions(argc, argv, options);
+    if (status >= 0) {
+        return status;
+    }
+    // Before any thread starts, so that only the serving loop sees the stop signals.
+    const int stopSignals = options.bus.empty() ? -1 : desk::catchStopSignals();
+    bool temporaryRoot = false;
+    if (!prepareRoot(options.root, temporaryRoot)) {
+        return 2;
+    }
+    const bool errors = runScripts(options, stopSignals);
     if (temporaryRoot) {
-        std::filesystem::remove_all(root, failure);
+        std::error_code ignored;
+        std::filesystem::remove_all(options.root, ignored);
     }
     return errors ? 1 : 0;
 }
