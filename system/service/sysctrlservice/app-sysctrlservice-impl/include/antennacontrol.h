@@ -3,9 +3,10 @@
 
 #include <cstdint>
 #include <string>
-#include <vector>
 
 #include <boost/shared_ptr.hpp>
+
+#include "CommandControl.h"
 
 namespace zo {
 namespace port {
@@ -23,7 +24,7 @@ struct AntennaListsNamed;
 //
 // Without an antenna object every port call fails as a device that does not answer would, so each
 // command replies with its own read or write failure text and nothing crashes.
-class antennacontrol {
+class antennacontrol : public CommandControl {
   public:
     // Keeps its own reference to `antenna`, which may be empty.
     explicit antennacontrol(boost::shared_ptr<zo::port::Antenna> antenna);
@@ -64,12 +65,10 @@ class antennacontrol {
   private:
     void readSatelliteNumbers(const std::string& token, zo::port::SatelliteAntennaParams& params,
                               AntennaListsNamed& named);
-    // Word `index` of the command, or an empty word outside the list.
+    // Word `index` of the command, or an empty word outside the list (a negative index too).
     const std::string& tokenAt(int index) const;
 
     boost::shared_ptr<zo::port::Antenna> m_antenna;
-    // The words of the command being run; word 0 is the command.
-    std::vector<std::string> m_tokens;
 };
 
 }  // namespace sysctrlservice

@@ -8,6 +8,9 @@ const char kReplyOk[] = "ok";
 const char kReplyNoCommand[] = "err:no Command";
 const char kReplyCommandError[] = "err: command returns error";
 const char kReplyUnknownCommand[] = "err: unknown command";
+const char kReplyUnknownCommandNoBlank[] = "err:unknown command";
+const char kReplyInsufficientArguments[] = "err: insufficient arguments";
+const char kReplyGetFailed[] = "err: get failed";
 
 bool CommandControl::splitCommand(const std::string& line, std::string& result) {
     splitCommandWords(line, m_words);

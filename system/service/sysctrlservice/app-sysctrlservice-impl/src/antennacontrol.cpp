@@ -30,6 +30,13 @@ using zo::port::TerrestrialAntennaParams;
 // What a port call counts as when there is no antenna object to make it.
 const int kNoAntennaObject = -1;
 
+// The antenna language's own replies besides the shared ones.
+const char kReplyGetActualFailed[] = "err: get actual parameters failed";
+const char kReplyWrongParameter[] = "err: wrong parameter";
+const char kReplySetFailed[] = "err: set failed";
+const char kReplyInsufficientParameters[] = "err: insufficient parameters";
+const char kReplySetNotPossible[] = "err: set not possible";
+
 // One value word of a field and the code it stands for. Each table is read both ways: the report
 // writes the word of a code, the parsers search a token for the words in table order.
 struct ValueWord {
@@ -202,42 +209,30 @@ const struct {
     {kHighBand, &antennacontrol::getHighBand},
 };
 
+const CommandEntry<int (antennacontrol::*)(std::string&)> kAntennaCommands[] = {
+    {"setSatelliteAntenna", &antennacontrol::setSatelliteAntenna},
+    {"getSatelliteAntenna", &antennacontrol::getSatelliteAntenna},
+    {"setTerrestrialAntenna", &antennacontrol::setTerrestrialAntenna},
+    {"getTerrestrialAntenna", &antennacontrol::getTerrestrialAntenna},
+};
+
 }  // namespace
 
 antennacontrol::antennacontrol(boost::shared_ptr<zo::port::Antenna> antenna) : m_antenna(antenna) {}
 
 int antennacontrol::do_cmd(const std::string& command, std::string& result) {
-    splitCommandWords(command, m_tokens);
-    if (m_tokens.empty()) {
-        result += "err:no Command";
-        return 0;
-    }
-    const std::string& word = m_tokens[0];
-    if (word == "setSatelliteAntenna") {
-        return setSatelliteAntenna(result);
-    }
-    if (word == "getSatelliteAntenna") {
-        return getSatelliteAntenna(result);
-    }
-    if (word == "setTerrestrialAntenna") {
-        return setTerrestrialAntenna(result);
-    }
-    if (word == "getTerrestrialAntenna") {
-        return getTerrestrialAntenna(result);
-    }
-    result += "err:unknown command";
-    return 0;
+    return dispatch(*this, kAntennaCommands, command, result);
 }
 
 int antennacontrol::getSatelliteAntenna(std::string& result) {
     SatelliteAntennaParams params;
     const int status = m_antenna ? m_antenna->getSatelliteParams(params) : kNoAntennaObject;
     if (status != 0) {
-        result = "err: get actual parameters failed";
+        result = kReplyGetActualFailed;
         return 0;
     }
 
-    std::string reply = "ok";
+    std::string reply = kReplyOk;
     appendWord(reply, kSatCables, wordFor(kSatCablesWords, params.satCables));
     appendWord(reply, kInstallationType, wordFor(kInstallationTypeWords, params.installationType));
     for (const int32_t satId : params.satId) {
@@ -280,30 +275,30 @@ int antennacontrol::getTerrestrialAntenna(std::string& result) {
     const int status = m_antenna ? m_antenna->getTerrestrialParams(params) : kNoAntennaObject;
     if (status != 0) {
         SYSCTRL_LOG(LOG_ERROR, "%s:%d:%s(): getTerrestrialAntenna returns error.\n");
-        result = "err: get failed";
+        result = kReplyGetFailed;
         return 0;
     }
-    result = "ok";
+    result = kReplyOk;
     appendWord(result, kSupplyVoltage, wordFor(kSupplyVoltageWords, params.supplyVoltage));
     return 1;
 }
 
 int antennacontrol::setSatelliteAntenna(std::string& result) {
-    if (m_tokens.size() < 2) {
-        result = "err: insufficient arguments";
+    if (wordCount() < 2) {
+        result = kReplyInsufficientArguments;
         return 0;
     }
     SatelliteAntennaParams params;
     const int readStatus = m_antenna ? m_antenna->getSatelliteParams(params) : kNoAntennaObject;
     if (readStatus != 0) {
-        result = "err: get actual parameters failed";
+        result = kReplyGetActualFailed;
         return 0;
     }
 
     AntennaListsNamed named;
     int recognised = 1;
-    for (size_t index = 1; index < m_tokens.size(); ++index) {
-        const std::string& token = m_tokens[index];
+    for (size_t index = 1; index < wordCount(); ++index) {
+        const std::string& token = word(index);
         const int position = static_cast<int>(index);
         if (contains(token, kSatCables)) {
             // A failed cabling word is judged together with the next token.
@@ -327,17 +322,17 @@ int antennacontrol::setSatelliteAntenna(std::string& result) {
         readSatelliteNumbers(token, params, named);
         if (recognised == 0) {
             // What was read so far is still written; a successful write answers "ok".
-            result = "err: wrong parameter";
+            result = kReplyWrongParameter;
             break;
         }
     }
 
     const int writeStatus = m_antenna ? m_antenna->setSatelliteParams(params) : kNoAntennaObject;
     if (writeStatus != 0) {
-        result = "err: set failed";
+        result = kReplySetFailed;
         return 0;
     }
-    result = "ok";
+    result = kReplyOk;
     return 1;
 }
 
@@ -387,22 +382,22 @@ void antennacontrol::readSatelliteNumbers(const std::string& token,
 }
 
 int antennacontrol::setTerrestrialAntenna(std::string& result) {
-    if (m_tokens.size() < 2) {
-        result = "err: insufficient parameters";
+    if (wordCount() < 2) {
+        result = kReplyInsufficientParameters;
         return 0;
     }
     TerrestrialAntennaParams params;
     const bool supplyOn =
-        contains(m_tokens[1], wordFor(kSupplyVoltageWords, zo::port::ANTENNA_SUPPLY_VOLTAGE_5V));
+        contains(word(1), wordFor(kSupplyVoltageWords, zo::port::ANTENNA_SUPPLY_VOLTAGE_5V));
     params.supplyVoltage =
         supplyOn ? zo::port::ANTENNA_SUPPLY_VOLTAGE_5V : zo::port::ANTENNA_SUPPLY_VOLTAGE_OFF;
     const int status = m_antenna ? m_antenna->setTerrestrialParams(params) : kNoAntennaObject;
     if (status != 0) {
         SYSCTRL_LOG(LOG_ERROR, "%s:%d:%s(): setTerrestrialAntenna returns error.\n");
-        result = "err: set not possible";
+        result = kReplySetNotPossible;
         return 0;
     }
-    result = "ok";
+    result = kReplyOk;
     return 1;
 }
 
@@ -468,11 +463,7 @@ int antennacontrol::getPinProtected(int index, SatelliteAntennaParams& params) {
 }
 
 const std::string& antennacontrol::tokenAt(int index) const {
-    static const std::string kNoToken;
-    if (index < 0 || static_cast<size_t>(index) >= m_tokens.size()) {
-        return kNoToken;
-    }
-    return m_tokens[static_cast<size_t>(index)];
+    return index < 0 ? word(wordCount()) : word(static_cast<size_t>(index));
 }
 
 }  // namespace sysctrlservice

@@ -137,10 +137,7 @@ FarFieldOutcome runSetLedColor(const FarFieldCall& call) {
     return value(code);
 }
 
-struct FarFieldCommand {
-    const char* word;
-    FarFieldOutcome (*run)(const FarFieldCall& call);
-};
+typedef CommandEntry<FarFieldOutcome (*)(const FarFieldCall& call)> FarFieldCommand;
 
 const FarFieldCommand kFarFieldCommands[] = {
     {"power",
@@ -176,15 +173,6 @@ const FarFieldCommand kFarFieldCommands[] = {
     {"setLedColor", &runSetLedColor},
 };
 
-const FarFieldCommand* findFarFieldCommand(const std::string& word) {
-    for (const FarFieldCommand& command : kFarFieldCommands) {
-        if (word == command.word) {
-            return &command;
-        }
-    }
-    return nullptr;
-}
-
 }  // namespace
 
 FarFieldControl::FarFieldControl(boost::shared_ptr<zo::port::FarField> farField)
@@ -205,10 +193,10 @@ int32_t FarFieldControl::do_cmd(const std::string& command, const std::string& d
     }
     SYSCTRL_LOG(LOG_TRACE, "%s:%d:%s(): FarFieldControl --> B\n");
 
-    const FarFieldCommand* const found = findFarFieldCommand(word(0));
+    const FarFieldCommand* const found = findCommand(kFarFieldCommands);
     FarFieldOutcome outcome = status(0);
     if (found != nullptr) {
-        outcome = found->run(FarFieldCall{*m_farField, data, word(1), resultData});
+        outcome = found->handler(FarFieldCall{*m_farField, data, word(1), resultData});
     }
     if (outcome.invalidParam) {
         result = kReplyInvalidParam;

@@ -9,10 +9,11 @@
 namespace sysctrlservice {
 namespace {
 
-// The OPC language's own texts besides the shared ones.
-const char kReplyUnknownOpcCommand[] = "err:unknown command";
-const char kReplyInsufficientArguments[] = "err: insufficient arguments";
-const char kReplyGetFailed[] = "err: get failed";
+const CommandEntry<int32_t (opccontrol::*)(std::string&)> kOpcCommands[] = {
+    {"startOpc", &opccontrol::startOpc},
+    {"getOpcState", &opccontrol::getOpcState},
+    {"getOpcDimmingRate", &opccontrol::getOpcDimmingRate},
+};
 
 // Without the port a command fails as a refused one does.
 int32_t missingPort(std::string& result) {
@@ -36,21 +37,7 @@ int32_t opccontrol::do_cmd(const std::string& command, std::string& result) {
     // Both texts of a command line that runs nothing report status 0, the language's failure, so
     // that every reply beginning "err:" leaves a "failed." line in the log as the other OPC
     // failures do, and as an empty UART command line does.
-    if (!splitCommand(command, result)) {
-        return 0;
-    }
-    const std::string& name = word(0);
-    if (name == "startOpc") {
-        return startOpc(result);
-    }
-    if (name == "getOpcState") {
-        return getOpcState(result);
-    }
-    if (name == "getOpcDimmingRate") {
-        return getOpcDimmingRate(result);
-    }
-    result.append(kReplyUnknownOpcCommand);
-    return 0;
+    return dispatch(*this, kOpcCommands, command, result);
 }
 
 int32_t opccontrol::startOpc(std::string& result) {

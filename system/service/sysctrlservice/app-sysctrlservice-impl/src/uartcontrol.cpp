@@ -24,23 +24,12 @@ enum class UartCommand {
     Unknown,
 };
 
-UartCommand findCommand(const std::string& name) {
-    static const struct {
-        const char* name;
-        UartCommand command;
-    } kCommands[] = {
-        {"writeUart", UartCommand::Write},     {"writeUartFactory", UartCommand::WriteFactory},
-        {"readUart", UartCommand::Read},       {"readUartFactory", UartCommand::ReadFactory},
-        {"initUart", UartCommand::Init},       {"initUartFactory", UartCommand::InitFactory},
-        {"startTest", UartCommand::StartTest}, {"stopTest", UartCommand::StopTest},
-    };
-    for (const auto& entry : kCommands) {
-        if (name == entry.name) {
-            return entry.command;
-        }
-    }
-    return UartCommand::Unknown;
-}
+const CommandEntry<UartCommand> kUartCommands[] = {
+    {"writeUart", UartCommand::Write},     {"writeUartFactory", UartCommand::WriteFactory},
+    {"readUart", UartCommand::Read},       {"readUartFactory", UartCommand::ReadFactory},
+    {"initUart", UartCommand::Init},       {"initUartFactory", UartCommand::InitFactory},
+    {"startTest", UartCommand::StartTest}, {"stopTest", UartCommand::StopTest},
+};
 
 // One read hands out at most this much.
 const int kReadCapacity = 512;
@@ -71,7 +60,8 @@ int32_t uartcontrol::do_cmd(const std::string& command, const std::string& data,
     if (!splitCommand(command, result)) {
         return 0;
     }
-    const UartCommand found = findCommand(word(0));
+    const CommandEntry<UartCommand>* const entry = findCommand(kUartCommands);
+    const UartCommand found = entry != nullptr ? entry->handler : UartCommand::Unknown;
     switch (found) {
         case UartCommand::Unknown:
             result = kReplyUnknownCommand;
