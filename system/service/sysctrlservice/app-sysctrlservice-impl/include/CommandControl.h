@@ -2,10 +2,10 @@
 #define SYSCTRLSERVICE_COMMANDCONTROL_H
 
 #include <cstdint>
-#include <exception>
 #include <string>
 #include <vector>
 
+#include "EntryGuard.h"
 #include "SysctrlLog.h"
 
 namespace sysctrlservice {
@@ -83,10 +83,8 @@ template <typename Command>
 int32_t runCommand(Command command, std::string& result) noexcept {
     try {
         return command();
-    } catch (const std::exception& error) {
-        SYSCTRL_LOG(LOG_ERROR, "%s:%d:%s(): exception: %s\n", error.what());
     } catch (...) {
-        SYSCTRL_LOG(LOG_ERROR, "%s:%d:%s(): exception\n");
+        logCaughtException(logBaseName(__FILE__), __LINE__, __func__);
     }
     try {
         result = kReplyCommandError;
