@@ -1,15 +1,18 @@
 #include "BridgeApplication.h"
 
 #include <cstdlib>
+#include <memory>
 #include <string>
 
 #include "DbusLog.h"
 
-frame::AbstractApplication** frameCreateApplicationArray() {
-    frame::AbstractApplication** applications = new frame::AbstractApplication*[2]();
+frame::AbstractApplication** frameCreateApplicationArray() try {
+    std::unique_ptr<frame::AbstractApplication*[]> applications(
+        new frame::AbstractApplication*[2]());
     applications[0] = new sysctrlservice::dbus::BridgeApplication();
-    return applications;
+    return applications.release();
 }
+DBUS_ENTRY_GUARD(nullptr)
 
 namespace sysctrlservice {
 namespace dbus {
@@ -49,7 +52,7 @@ ServiceInterface* BridgeApplication::findService() {
     return static_cast<ServiceInterface*>(reference->getImplementation());
 }
 
-int32_t BridgeApplication::performStarting() {
+int32_t BridgeApplication::performStarting() try {
     DBUS_LOG(LOG_TRACE, "%s:%d:%s(): Called.\n");
     const int32_t status = frame::AbstractApplication::performStarting();
     if (status < 0) {
@@ -59,14 +62,16 @@ int32_t BridgeApplication::performStarting() {
     m_bridge.reset(new DbusBridge([this] { return findService(); }, optionsFromEnvironment()));
     return m_bridge->start();
 }
+DBUS_ENTRY_GUARD(-1)
 
-int32_t BridgeApplication::performStopping() {
+int32_t BridgeApplication::performStopping() try {
     DBUS_LOG(LOG_TRACE, "%s:%d:%s(): Called.\n");
     if (m_bridge) {
         m_bridge->stop();
     }
     return frame::AbstractApplication::performStopping();
 }
+DBUS_ENTRY_GUARD(-1)
 
 }  // namespace dbus
 }  // namespace sysctrlservice
