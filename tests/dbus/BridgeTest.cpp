@@ -9,25 +9,10 @@
 #include <mutex>
 #include <thread>
 
-#include "Application.h"
-#include "DbusBridge.h"
-#include "PrivateBus.h"
-#include "ServiceTest.h"
+#include "BridgeFixture.h"
 
 namespace sysctrltest {
 namespace {
-
-using namespace std::chrono_literals;
-using sysctrlservice::dbus::DbusBridge;
-using sysctrlservice::dbus::kBusName;
-using sysctrlservice::dbus::kInterface;
-using sysctrlservice::dbus::kMsgIdsTag;
-using sysctrlservice::dbus::kObjectPath;
-typedef sdbus::Struct<int32_t, int32_t> Ids;
-typedef std::vector<uint8_t> ByteList;
-
-// Only a guard against a hang: every wait below ends as soon as its event comes.
-constexpr auto kHangGuard = 30s;
 
 // The signals one proxy received: name, identifiers and the first argument as text when it is one.
 class SignalLog {
@@ -75,66 +60,6 @@ class SignalLog {
     std::mutex m_mutex;
     std::condition_variable m_arrived;
     std::vector<Entry> m_entries;
-};
-
-// The service answers controlOpc with a status and never delivers its result.
-class SilentOpcService : public sysctrlservice::Application {
-  public:
-    int controlOpc(frame::MsgIds&, const frame::TransportInfo&, const std::string&) override {
-        return 0;
-    }
-};
-
-class BridgeOnBus : public ServiceTest {
-  protected:
-    void SetUp() override {
-        ServiceTest::SetUp();
-        ASSERT_FALSE(m_bus.address().empty()) << "dbus-daemon did not start";
-        startService();
-    }
-    void TearDown() override {
-        m_proxies.clear();
-        m_bridge.reset();
-        ServiceTest::TearDown();
-    }
-
-    void startBridge(DbusBridge::Lookup lookup, std::chrono::milliseconds timeout = 10000ms) {
-        DbusBridge::Options options;
-        options.bus = m_bus.address();
-        options.timeout = timeout;
-        m_bridge.reset(new DbusBridge(std::move(lookup), options));
-        ASSERT_EQ(m_bridge->start(), 0);
-    }
-    void startBridge() {
-        startBridge([this] { return &service(); });
-    }
-
-    // A caller with a connection of its own.
-    std::unique_ptr<sdbus::IProxy> newProxy() {
-        return sdbus::createProxy(sdbus::createSessionBusConnectionWithAddress(m_bus.address()),
-                                  kBusName, kObjectPath);
-    }
-    sdbus::IProxy& proxy() {
-        if (m_proxies.empty()) {
-            m_proxies.push_back(newProxy());
-        }
-        return *m_proxies.front();
-    }
-    // A call of the first caller; the interface and the guard are added where it is made.
-    sdbus::MethodInvoker call(const std::string& method) { return proxy().callMethod(method); }
-    // The D-Bus error name of a call that should fail.
-    static std::string errorOf(const std::function<void()>& call) {
-        try {
-            call();
-        } catch (const sdbus::Error& e) {
-            return e.getName();
-        }
-        return "no error";
-    }
-
-    PrivateBus m_bus;
-    std::unique_ptr<DbusBridge> m_bridge;
-    std::vector<std::unique_ptr<sdbus::IProxy>> m_proxies;
 };
 
 TEST_F(BridgeOnBus, MethodsWithAResultReplyWithTheStatusAndTheResult) {

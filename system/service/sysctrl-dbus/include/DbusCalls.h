@@ -1,6 +1,7 @@
 #ifndef SYSCTRL_DBUS_DBUSCALLS_H
 #define SYSCTRL_DBUS_DBUSCALLS_H
 
+#include <cstddef>
 #include <functional>
 #include <shared_mutex>
 #include <string>
@@ -21,6 +22,16 @@ extern const char kBusName[];     // zorbel.lm.sysctrlservice
 extern const char kObjectPath[];  // /zorbel/lm/sysctrlservice
 extern const char kInterface[];   // zorbel.lm.sysctrlservice1
 
+// Error names of the bridge's own answers; the bus library answers wrong argument types with
+// org.freedesktop.DBus.Error.InvalidArgs before the bridge sees the call.
+extern const char kErrorServiceUnavailable[];  // the service is not in the framework's registry
+extern const char kErrorTimeout[];             // the result did not arrive in time
+extern const char kErrorFailed[];              // a negative status and no result
+extern const char kErrorStopping[];            // the bridge is stopping
+extern const char kErrorBusy[];                // too many calls queued, in all or of this caller
+extern const char kErrorUnsafePath[];          // a capture folder others could plant a link in
+extern const char kErrorInvalidArgs[];         // an argument past a size limit
+
 // One callback of ClientInterface as a signal: its name, the names of its arguments after the
 // identifiers and their D-Bus signature.
 struct SignalSpec {
@@ -37,15 +48,35 @@ typedef std::function<int(ServiceInterface& service, frame::MsgIds& msgIds,
                           const frame::TransportInfo& transport)>
     Work;
 
+// What a call may carry, checked when it is read, before it is queued; past a limit the call is
+// answered org.freedesktop.DBus.Error.InvalidArgs with a message that names the limit. Each text
+// or byte-array argument, and a list of fuse items (names and values together), may hold at most
+// kMaxArgumentBytes; a list of fuse items at most kMaxFuseItems items.
+constexpr size_t kMaxArgumentBytes = 256 * 1024;
+constexpr size_t kMaxFuseItems = 4096;
+
+// A call's arguments, read and checked: the work that runs the operation with them, and the bytes
+// of text they hold (what a queued call costs).
+struct ReadCall {
+    Work work;
+    size_t bytes = 0;
+};
+
+// The workers that run an operation. Captures run one at a time on a worker of their own: the
+// service writes each picture through a fixed temporary name in the target folder.
+enum class Lane { shared, capture };
+
 // One operation as a method: its name, its input arguments, the signal of its result (null when it
-// delivers none to the caller) and the reader that turns a call's arguments into the work. The
-// bus library has checked the call's signature against `inSignature` before `read` runs.
+// delivers none to the caller), its lane and the reader that turns a call's arguments into the
+// work. The bus library has checked the call's signature against `inSignature` before `read`
+// runs; `read` throws sdbus::Error for arguments it refuses, which becomes the call's error reply.
 struct MethodSpec {
     std::string name;
     std::vector<std::string> inNames;
     std::string inSignature;
     const SignalSpec* result;
-    std::function<Work(sdbus::MethodCall& call)> read;
+    Lane lane;
+    std::function<ReadCall(sdbus::MethodCall& call)> read;
 };
 
 // Every operation that carries MsgIds and TransportInfo, in the interface's order.

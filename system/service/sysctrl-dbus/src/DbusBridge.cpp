@@ -8,11 +8,6 @@
 namespace sysctrlservice {
 namespace dbus {
 
-const char kErrorServiceUnavailable[] = "zorbel.lm.sysctrlservice1.Error.ServiceUnavailable";
-const char kErrorTimeout[] = "zorbel.lm.sysctrlservice1.Error.Timeout";
-const char kErrorFailed[] = "zorbel.lm.sysctrlservice1.Error.Failed";
-const char kErrorStopping[] = "zorbel.lm.sysctrlservice1.Error.Stopping";
-
 namespace {
 
 std::unique_ptr<sdbus::IConnection> connect(const std::string& bus) {
@@ -56,8 +51,9 @@ int DbusBridge::start() {
     m_accepting = true;
     m_serving = true;
     for (unsigned i = 0; i < m_options.workers; ++i) {
-        m_workers.emplace_back(&DbusBridge::workerLoop, this);
+        m_workers.emplace_back(&DbusBridge::workerLoop, this, Lane::shared);
     }
+    m_workers.emplace_back(&DbusBridge::workerLoop, this, Lane::capture);
     m_timerThread = std::thread(&DbusBridge::timerLoop, this);
     m_busThread = std::thread(&DbusBridge::serveBus, this);
     // Joining the client list now lets unsolicited reports flow before the first call.
@@ -71,26 +67,25 @@ void DbusBridge::stop() {
         return;
     }
     m_accepting = false;
-    // Queued operations still run; their results still reach their callers.
-    {
-        std::lock_guard<std::mutex> lock(m_mutex);
-        m_stopping = true;
-    }
-    m_workReady.notify_all();
+    std::vector<PendingNode> queued = unqueueAll();
+    m_shared.ready.notify_all();
+    m_captures.ready.notify_all();
     m_timerWake.notify_all();
+    replyErrors(queued, kErrorStopping, "the bridge stopped before the call ran");
+    // The calls that are running finish; their results still reach their callers.
     for (std::thread& worker : m_workers) {
         worker.join();
     }
     m_workers.clear();
     m_timerThread.join();
-    std::map<int32_t, Pending> left;
+    std::vector<PendingNode> left;
     {
         std::lock_guard<std::mutex> lock(m_mutex);
-        left.swap(m_pending);
+        while (!m_pending.empty()) {
+            left.push_back(m_pending.extract(m_pending.begin()));
+        }
     }
-    for (const auto& entry : left) {
-        replyError(entry.second.call, kErrorStopping, "the bridge stopped before the result came");
-    }
+    replyErrors(left, kErrorStopping, "the bridge stopped before the result came");
     {
         std::lock_guard<std::mutex> lock(m_serviceMutex);
         if (m_service != nullptr) {
@@ -101,18 +96,46 @@ void DbusBridge::stop() {
     // The service may still hold the client: from here on it forwards nothing.
     m_client->detach();
     m_client.reset();
+    leaveBus();
+    m_serving = false;
+    DBUS_LOG(LOG_TRACE, "%s:%d:%s(): Stopped serving %s.\n", kBusName);
+}
+
+std::vector<DbusBridge::PendingNode> DbusBridge::unqueueAll() {
+    std::vector<PendingNode> queued;
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_stopping = true;
+    for (Queue* queue : {&m_shared, &m_captures}) {
+        for (const Job& job : queue->jobs) {
+            if (m_pending.count(job.id) != 0) {
+                queued.push_back(m_pending.extract(job.id));
+            }
+        }
+        queue->jobs.clear();
+    }
+    m_queued = 0;
+    m_queuedBytes = 0;
+    m_queuedBy.clear();
+    return queued;
+}
+
+// Gives up the name first, so that callers who address it get an answer from the bus from now on;
+// then answers what reached the bridge before that, so that no caller is left without a reply.
+void DbusBridge::leaveBus() {
     m_leaving = true;
     m_connection->leaveEventLoop();
     m_busThread.join();
     try {
         m_connection->releaseName(kBusName);
+        // Bounded: a caller that addresses the bridge's unique name could keep it busy.
+        for (int processed = 0; processed < 100000 && m_connection->processPendingRequest();
+             ++processed) {
+        }
     } catch (const sdbus::Error&) {
-        // The bus is gone; so is the name.
+        // The bus is gone; so is the name, and nobody waits for a reply from here.
     }
     m_object.reset();
     m_connection.reset();
-    m_serving = false;
-    DBUS_LOG(LOG_TRACE, "%s:%d:%s(): Stopped serving %s.\n", kBusName);
 }
 
 void DbusBridge::registerObject() {
@@ -137,8 +160,9 @@ void DbusBridge::registerObject() {
     m_object->finishRegistration();
 }
 
-// On the bus thread. An sdbus::Error thrown here is the call's error reply.
-void DbusBridge::receive(const MethodSpec& method, sdbus::MethodCall call) {
+// On the bus thread, from the bus library's C frames: an sdbus::Error thrown here is the call's
+// error reply, and nothing else may leave.
+void DbusBridge::receive(const MethodSpec& method, sdbus::MethodCall call) try {
     if (!m_accepting) {
         throw sdbus::Error(kErrorStopping, "the bridge is stopping");
     }
@@ -148,65 +172,112 @@ void DbusBridge::receive(const MethodSpec& method, sdbus::MethodCall call) {
                            std::string("the system-control service is not registered as ") +
                                sysctrlservice::kServiceInterfaceName);
     }
-    Work work = method.read(call);
-    // Messages are copied and freed only outside m_mutex: sdbus-c++ takes its own lock for that,
-    // which the bus thread holds while it runs this function.
-    std::function<void()> job = [this, &method, call = std::move(call), work = std::move(work),
-                                 target]() mutable { run(method, std::move(call), work, *target); };
+    ReadCall read = method.read(call);
+    Job job{0, &method, target, std::move(read.work), call.getSender(), read.bytes};
+    enqueue(std::move(job), std::move(call));
+} catch (const sdbus::Error&) {
+    throw;
+} catch (...) {
+    logCaughtException(logBaseName(__FILE__), __LINE__, __func__, LOG_MODULE_DBUS);
+    throw sdbus::Error(kErrorFailed, "the bridge could not take the call");
+}
+
+void DbusBridge::enqueue(Job job, sdbus::MethodCall call) {
+    // Messages are moved, never copied or freed, under m_mutex (see the class comment).
+    Pending entry{std::move(call), job.method, std::chrono::steady_clock::now() + m_options.timeout,
+                  false,           0,          nullptr};
+    const char* refusal = nullptr;
+    bool wasEmpty = false;
+    Queue& queue = queueOf(job.method->lane);
     {
         std::lock_guard<std::mutex> lock(m_mutex);
-        m_queue.push_back(std::move(job));
+        size_t& ofCaller = m_queuedBy[job.sender];
+        if (m_stopping) {
+            refusal = kErrorStopping;
+        } else if (m_queued >= m_options.maxQueued || ofCaller >= m_options.maxQueuedPerCaller ||
+                   m_queuedBytes + job.bytes > m_options.maxQueuedBytes) {
+            refusal = kErrorBusy;
+        } else {
+            m_lastCall = m_lastCall == INT32_MAX ? 1 : m_lastCall + 1;
+            job.id = m_lastCall;
+            wasEmpty = m_pending.empty();
+            m_pending.emplace(job.id, std::move(entry));
+            ++ofCaller;
+            ++m_queued;
+            m_queuedBytes += job.bytes;
+            queue.jobs.push_back(std::move(job));
+        }
+        if (refusal != nullptr && ofCaller == 0) {
+            m_queuedBy.erase(job.sender);
+        }
     }
-    m_workReady.notify_one();
+    if (refusal == kErrorStopping) {
+        throw sdbus::Error(kErrorStopping, "the bridge is stopping");
+    }
+    if (refusal != nullptr) {
+        throw sdbus::Error(kErrorBusy, "too many calls are waiting (at most " +
+                                           std::to_string(m_options.maxQueued) + " in all, " +
+                                           std::to_string(m_options.maxQueuedPerCaller) +
+                                           " of one caller)");
+    }
+    queue.ready.notify_one();
+    if (wasEmpty) {
+        // Later deadlines never come before the one the timer already waits for.
+        m_timerWake.notify_one();
+    }
+}
+
+bool DbusBridge::takeJob(Lane lane, Job& job) {
+    Queue& queue = queueOf(lane);
+    std::unique_lock<std::mutex> lock(m_mutex);
+    while (true) {
+        queue.ready.wait(lock, [&] { return m_stopping || !queue.jobs.empty(); });
+        if (m_stopping) {
+            return false;
+        }
+        job = std::move(queue.jobs.front());
+        queue.jobs.pop_front();
+        forget(job);
+        if (m_pending.count(job.id) != 0) {
+            return true;
+        }
+        // Answered already: its deadline passed while it waited.
+    }
+}
+
+// A job leaves its queue: it no longer counts against the bounds. Under m_mutex.
+void DbusBridge::forget(const Job& job) {
+    --m_queued;
+    m_queuedBytes -= job.bytes;
+    const auto ofCaller = m_queuedBy.find(job.sender);
+    if (ofCaller != m_queuedBy.end() && --ofCaller->second == 0) {
+        m_queuedBy.erase(ofCaller);
+    }
 }
 
 // On a worker.
-void DbusBridge::run(const MethodSpec& method, sdbus::MethodCall call, const Work& work,
-                     ServiceInterface& service) {
-    int32_t id = 0;
-    {
-        std::lock_guard<std::mutex> lock(m_mutex);
-        m_lastCall = m_lastCall == INT32_MAX ? 1 : m_lastCall + 1;
-        id = m_lastCall;
-    }
-    if (method.result != nullptr) {
-        const auto deadline = std::chrono::steady_clock::now() + m_options.timeout;
-        Pending entry{std::move(call), &method, deadline, false, 0, nullptr};
-        bool wasEmpty = false;
-        {
-            std::lock_guard<std::mutex> lock(m_mutex);
-            wasEmpty = m_pending.empty();
-            m_pending.emplace(id, std::move(entry));
-        }
-        if (wasEmpty) {
-            // Later deadlines never come before the one the timer already waits for.
-            m_timerWake.notify_one();
-        }
-    }
-    frame::MsgIds msgIds{{id, kMsgIdsTag}};
-    const frame::TransportInfo transport{{id, kMsgIdsTag, 0, 0, 0, 0, 0}};
-    DBUS_LOG(LOG_TRACE, "%s:%d:%s(): %s, call %d.\n", method.name.c_str(), id);
-    const int status = work(service, msgIds, transport);
+void DbusBridge::runJob(Job& job) try {
+    const MethodSpec& method = *job.method;
+    frame::MsgIds msgIds{{job.id, kMsgIdsTag}};
+    const frame::TransportInfo transport{{job.id, kMsgIdsTag, 0, 0, 0, 0, 0}};
+    DBUS_LOG(LOG_TRACE, "%s:%d:%s(): %s, call %d.\n", method.name.c_str(), job.id);
+    const int status = job.work(*job.service, msgIds, transport);
 
-    if (method.result == nullptr) {
-        reply(Pending{std::move(call), &method, {}, true, status, nullptr});
-        return;
-    }
     PendingNode done;
     {
         std::lock_guard<std::mutex> lock(m_mutex);
-        const auto found = m_pending.find(id);
+        const auto found = m_pending.find(job.id);
         if (found == m_pending.end()) {
             return;  // answered already: timed out or stopped
         }
         found->second.haveStatus = true;
         found->second.status = status;
-        if (!found->second.result && status >= 0) {
+        if (method.result != nullptr && !found->second.result && status >= 0) {
             return;  // the result comes later, from another thread, or the timer answers
         }
         done = m_pending.extract(found);
     }
-    if (!done.mapped().result) {
+    if (method.result != nullptr && !done.mapped().result) {
         replyError(
             done.mapped().call, kErrorFailed,
             method.name + " returned " + std::to_string(status) + " and delivered no result");
@@ -214,6 +285,7 @@ void DbusBridge::run(const MethodSpec& method, sdbus::MethodCall call, const Wor
     }
     reply(done.mapped());
 }
+DBUS_ENTRY_GUARD()
 
 // On whatever thread the service calls back.
 void DbusBridge::onResult(const SignalSpec& signal, const frame::MsgIds& msgIds,
@@ -263,6 +335,14 @@ void DbusBridge::reply(const Pending& pending) {
     }
 }
 
+void DbusBridge::replyErrors(std::vector<PendingNode>& calls, const char* name,
+                             const std::string& message) {
+    for (const PendingNode& node : calls) {
+        replyError(node.mapped().call, name, node.mapped().method->name + ": " + message);
+    }
+    calls.clear();
+}
+
 void DbusBridge::replyError(const sdbus::MethodCall& call, const char* name,
                             const std::string& message) {
     try {
@@ -272,8 +352,9 @@ void DbusBridge::replyError(const sdbus::MethodCall& call, const char* name,
     }
 }
 
-// The service is looked up until found, so that the bridge may start before it.
-ServiceInterface* DbusBridge::service() {
+// The service is looked up until found, so that the bridge may start before it. The registry and
+// the service are the framework's: whatever they throw stays here.
+ServiceInterface* DbusBridge::service() try {
     std::lock_guard<std::mutex> lock(m_serviceMutex);
     if (m_service != nullptr || !m_client) {
         return m_service;
@@ -292,6 +373,7 @@ ServiceInterface* DbusBridge::service() {
     m_service = found;
     return m_service;
 }
+DBUS_ENTRY_GUARD(nullptr)
 
 void DbusBridge::serveBus() {
     std::string reason = "the event loop ended";
@@ -299,6 +381,9 @@ void DbusBridge::serveBus() {
         m_connection->enterEventLoop();
     } catch (const sdbus::Error& e) {
         reason = e.getName() + ": " + e.getMessage();
+    } catch (...) {
+        logCaughtException(logBaseName(__FILE__), __LINE__, __func__, LOG_MODULE_DBUS);
+        reason = "an exception ended the event loop";
     }
     if (m_leaving) {
         return;
@@ -309,37 +394,44 @@ void DbusBridge::serveBus() {
              kBusName);
 }
 
-void DbusBridge::workerLoop() {
-    while (true) {
-        std::function<void()> job;
-        {
-            std::unique_lock<std::mutex> lock(m_mutex);
-            m_workReady.wait(lock, [this] { return m_stopping || !m_queue.empty(); });
-            if (m_queue.empty()) {
-                return;
-            }
-            job = std::move(m_queue.front());
-            m_queue.pop_front();
-        }
-        job();
+void DbusBridge::workerLoop(Lane lane) {
+    Job job;
+    while (takeJob(lane, job)) {
+        runJob(job);
+        job = Job();
     }
 }
 
 void DbusBridge::timerLoop() {
-    std::unique_lock<std::mutex> lock(m_mutex);
-    while (!m_stopping) {
+    while (true) {
+        try {
+            if (!expireDue()) {
+                return;
+            }
+        } catch (...) {
+            logCaughtException(logBaseName(__FILE__), __LINE__, __func__, LOG_MODULE_DBUS);
+        }
+    }
+}
+
+bool DbusBridge::expireDue() {
+    std::vector<PendingNode> expired;
+    {
+        std::unique_lock<std::mutex> lock(m_mutex);
+        if (m_stopping) {
+            return false;
+        }
         if (m_pending.empty()) {
             m_timerWake.wait(lock);
-            continue;
+            return true;
         }
         auto earliest = m_pending.begin()->second.deadline;
         for (const auto& entry : m_pending) {
             earliest = std::min(earliest, entry.second.deadline);
         }
         if (m_timerWake.wait_until(lock, earliest) != std::cv_status::timeout) {
-            continue;
+            return true;
         }
-        std::vector<PendingNode> expired;
         const auto now = std::chrono::steady_clock::now();
         for (auto entry = m_pending.begin(); entry != m_pending.end();) {
             const auto next = std::next(entry);
@@ -348,15 +440,11 @@ void DbusBridge::timerLoop() {
             }
             entry = next;
         }
-        lock.unlock();
-        for (const PendingNode& node : expired) {
-            replyError(node.mapped().call, kErrorTimeout,
-                       node.mapped().method->name + ": no result within " +
-                           std::to_string(m_options.timeout.count()) + " ms");
-        }
-        expired.clear();
-        lock.lock();
     }
+    // A queued call whose deadline passed stays in its queue until a worker takes and drops it.
+    replyErrors(expired, kErrorTimeout,
+                "no result within " + std::to_string(m_options.timeout.count()) + " ms");
+    return true;
 }
 
 }  // namespace dbus

@@ -7,6 +7,8 @@
 #include <type_traits>
 #include <utility>
 
+#include "CaptureTarget.h"
+#include "DbusLog.h"
 #include "DbusWire.h"
 
 namespace sysctrlservice {
@@ -15,6 +17,14 @@ namespace dbus {
 const char kBusName[] = "zorbel.lm.sysctrlservice";
 const char kObjectPath[] = "/zorbel/lm/sysctrlservice";
 const char kInterface[] = "zorbel.lm.sysctrlservice1";
+
+const char kErrorServiceUnavailable[] = "zorbel.lm.sysctrlservice1.Error.ServiceUnavailable";
+const char kErrorTimeout[] = "zorbel.lm.sysctrlservice1.Error.Timeout";
+const char kErrorFailed[] = "zorbel.lm.sysctrlservice1.Error.Failed";
+const char kErrorStopping[] = "zorbel.lm.sysctrlservice1.Error.Stopping";
+const char kErrorBusy[] = "zorbel.lm.sysctrlservice1.Error.Busy";
+const char kErrorUnsafePath[] = "zorbel.lm.sysctrlservice1.Error.UnsafePath";
+const char kErrorInvalidArgs[] = "org.freedesktop.DBus.Error.InvalidArgs";
 
 namespace {
 
@@ -75,30 +85,107 @@ std::tuple<typename Wire::Value...> readArguments(sdbus::MethodCall& call,
     return std::tuple<typename Wire::Value...>(Wire::in(std::get<Index>(bus))...);
 }
 
+// The bytes of text an argument holds; numbers hold none worth counting.
+size_t argumentBytes(const std::string& value) {
+    return value.size();
+}
+size_t argumentBytes(const std::vector<fuseitemcontent1_t>& items) {
+    size_t bytes = 0;
+    for (const fuseitemcontent1_t& item : items) {
+        bytes += item.name.size() + item.value.size();
+    }
+    return bytes;
+}
+template <typename Value>
+size_t argumentBytes(const Value&) {
+    return 0;
+}
+
+size_t argumentCount(const std::vector<fuseitemcontent1_t>& items) {
+    return items.size();
+}
+template <typename Value>
+size_t argumentCount(const Value&) {
+    return 0;
+}
+
+// Refuses an argument past the limits; returns the bytes it holds.
+template <typename Value>
+size_t checkedBytes(const Value& value, const std::string& name) {
+    const size_t bytes = argumentBytes(value);
+    if (bytes > kMaxArgumentBytes) {
+        throw sdbus::Error(kErrorInvalidArgs, "argument '" + name + "' holds " +
+                                                  std::to_string(bytes) + " bytes; the limit is " +
+                                                  std::to_string(kMaxArgumentBytes));
+    }
+    if (argumentCount(value) > kMaxFuseItems) {
+        throw sdbus::Error(kErrorInvalidArgs,
+                           "argument '" + name + "' holds " + std::to_string(argumentCount(value)) +
+                               " items; the limit is " + std::to_string(kMaxFuseItems));
+    }
+    return bytes;
+}
+
+// Refuses arguments past the limits, checked in their order; returns the bytes they hold.
+template <typename Values, size_t... Index>
+size_t checkedBytesOf(const Values& values, const std::vector<std::string>& names,
+                      std::index_sequence<Index...>) {
+    size_t bytes = 0;
+    ((bytes += checkedBytes(std::get<Index>(values), names[Index])), ...);
+    return bytes;
+}
+
+// Admits every call whose arguments are within the limits.
+struct NoCheck {
+    template <typename... Values>
+    void operator()(const sdbus::MethodCall&, const Values&...) const {}
+};
+
 // Binds an operation to its method: the wire types say how each argument travels and must match
-// the operation's parameters one for one.
-template <typename... Wire, typename... Params>
+// the operation's parameters one for one. `check` sees the call and its arguments before it is
+// queued and throws sdbus::Error to refuse it.
+template <typename... Wire, typename... Params, typename Check = NoCheck>
 MethodSpec method(const char* name, std::vector<std::string> names,
                   int (ServiceInterface::*operation)(frame::MsgIds&, const frame::TransportInfo&,
                                                      Params...),
-                  const SignalSpec* result = nullptr) {
+                  const SignalSpec* result = nullptr, Check check = Check(),
+                  Lane lane = Lane::shared) {
     static_assert(sizeof...(Wire) == sizeof...(Params), "one wire type per parameter");
     static_assert((std::is_same_v<typename Wire::Value, std::decay_t<Params>> && ...),
                   "each wire type carries its parameter's type");
     return MethodSpec{
-        name, std::move(names), signatureOf<Wire...>(), result,
-        [operation](sdbus::MethodCall& call) -> Work {
+        name,
+        names,
+        signatureOf<Wire...>(),
+        result,
+        lane,
+        [operation, names, check](sdbus::MethodCall& call) -> ReadCall {
             auto values = readArguments<Wire...>(call, std::index_sequence_for<Wire...>());
-            return [operation, values](ServiceInterface& service, frame::MsgIds& msgIds,
-                                       const frame::TransportInfo& transport) {
+            const size_t bytes = checkedBytesOf(values, names, std::index_sequence_for<Wire...>());
+            std::apply([&](const auto&... value) { check(call, value...); }, values);
+            Work work = [operation, values](ServiceInterface& service, frame::MsgIds& msgIds,
+                                            const frame::TransportInfo& transport) {
                 return std::apply(
                     [&](const auto&... value) {
                         return (service.*operation)(msgIds, transport, value...);
                     },
                     values);
             };
+            return ReadCall{std::move(work), bytes};
         }};
 }
+
+// Refuses a capture into a folder where someone other than root and the caller could plant a
+// link where the service writes, or under a name that leaves the folder.
+struct CaptureTargetCheck {
+    void operator()(const sdbus::MethodCall& call, const std::string& path, const std::string& name,
+                    CaptureType_t) const {
+        const std::string unsafe = unsafeCaptureTarget(path, name, call.getCredsUid());
+        if (!unsafe.empty()) {
+            throw sdbus::Error(kErrorUnsafePath, unsafe);
+        }
+    }
+};
 
 using SI = ServiceInterface;
 typedef EnumInt<CaptureType_t> CaptureType;
@@ -134,7 +221,8 @@ std::vector<MethodSpec> textCommandMethods(const Signals& s) {
 std::vector<MethodSpec> setControlMethods(const Signals& s) {
     return {
         method<Text, Text, CaptureType>("CmdCaptureScreen", {"path", "name", "type"},
-                                        &SI::cmdCaptureScreen),
+                                        &SI::cmdCaptureScreen, nullptr, CaptureTargetCheck(),
+                                        Lane::capture),
         method<PowerMode>("ControlPowerMode", {"mode"}, &SI::controlPowerMode),
         method<Int>("SetBootEnvDbtable", {"value"}, &SI::setBootEnvDbtable),
         method<Int>("ControlComEnabled", {"value"}, &SI::controlComEnabled),
@@ -229,14 +317,16 @@ void BridgeClient::detach() {
     m_sink = nullptr;
 }
 
+// The service calls this on any of its threads: nothing may escape into it.
 template <typename Signal, typename... Values>
 void BridgeClient::forward(const Signal& signal, const frame::MsgIds& msgIds,
-                           const Values&... values) {
+                           const Values&... values) try {
     std::shared_lock<std::shared_mutex> lock(m_mutex);
     if (m_sink != nullptr) {
         m_sink->onResult(signal, msgIds, signal.writer(values...));
     }
 }
+DBUS_ENTRY_GUARD()
 
 void BridgeClient::reinitCredentialsResult(frame::MsgIds& msgIds, const frame::TransportInfo&,
                                            int code) {
