@@ -117,6 +117,7 @@ class BridgeUnderFaults : public BridgeOnBus {
     }
 
     void startGated(DbusBridge::Options options = DbusBridge::Options()) {
+        m_workers = options.workers;
         startBridge([this] { return &m_gated; }, options);
     }
     // Sends ControlOpc `command` without waiting; the answer goes to `answers`.
@@ -134,7 +135,7 @@ class BridgeUnderFaults : public BridgeOnBus {
     }
     // Fills the shared workers with calls waiting at the gate.
     void occupyWorkers(sdbus::IProxy& caller, Answers& answers) {
-        const unsigned workers = DbusBridge::Options().workers;
+        const unsigned workers = m_workers;
         // One at a time, so that none waits in the queue, where a small bound could refuse it.
         for (unsigned i = 0; i < workers; ++i) {
             sendOpc(caller, "running", answers);
@@ -143,6 +144,7 @@ class BridgeUnderFaults : public BridgeOnBus {
     }
 
     GatedOpcService m_gated;
+    unsigned m_workers = 0;
 };
 
 TEST_F(BridgeUnderFaults, CapturesFromManyCallersRunOneAtATimeAndLoseNoFile) {
@@ -255,6 +257,26 @@ TEST_F(BridgeUnderFaults, CallsPastTheQueueBoundsAreAnsweredBusyAtOnce) {
         .withArguments(std::string("after"))
         .storeResultsTo(status, result);
     EXPECT_EQ(result, "after");
+}
+
+TEST_F(BridgeUnderFaults, WorkersTakeTheCallersCallsInTurn) {
+    DbusBridge::Options options;
+    options.workers = 1;
+    startGated(options);
+    Answers answers;
+    ASSERT_NO_FATAL_FAILURE(occupyWorkers(proxy(), answers));
+    std::unique_ptr<sdbus::IProxy> flood = newProxy();
+    std::unique_ptr<sdbus::IProxy> bystander = newProxy();
+    for (int i = 0; i < 4; ++i) {
+        sendOpc(*flood, "flood", answers);
+    }
+    sync(*flood);
+    sendOpc(*bystander, "bystander", answers);
+    sync(*bystander);
+    m_gated.open();
+    ASSERT_TRUE(answers.waitFor(6));
+    EXPECT_EQ(m_gated.reached(), (std::vector<std::string>{"running", "flood", "bystander", "flood",
+                                                           "flood", "flood"}));
 }
 
 TEST_F(BridgeUnderFaults, QueuedTextIsBoundedInBytes) {

@@ -42,7 +42,8 @@ constexpr int32_t kMsgIdsTag = 0x44427573;  // "DBus"
 //
 // Bounds. A call waits in a queue until a worker is free; the calls waiting are bounded in number,
 // in all and per caller, and in the bytes of text they hold. Past a bound a call is answered
-// kErrorBusy at once. Each call is answered within `timeout` of its arrival, waiting included.
+// kErrorBusy at once. Workers take the callers' calls in turn. Each call is answered within
+// `timeout` of its arrival, waiting included.
 class DbusBridge : public ResultSink {
   public:
     struct Options {
@@ -102,9 +103,16 @@ class DbusBridge : public ResultSink {
         std::string sender;
         size_t bytes = 0;
     };
+    // The calls waiting for the workers of one lane, taken in turn by caller, so that one caller's
+    // many calls never keep another's waiting behind them all.
     struct Queue {
-        std::deque<Job> jobs;
+        std::map<std::string, std::deque<Job>> bySender;
+        std::deque<std::string> turns;  // each caller with calls waiting, once, next first
         std::condition_variable ready;
+
+        bool empty() const { return turns.empty(); }
+        void push(Job job);
+        Job pop();
     };
 
     void registerObject();

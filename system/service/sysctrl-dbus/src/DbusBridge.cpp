@@ -106,12 +106,15 @@ std::vector<DbusBridge::PendingNode> DbusBridge::unqueueAll() {
     std::lock_guard<std::mutex> lock(m_mutex);
     m_stopping = true;
     for (Queue* queue : {&m_shared, &m_captures}) {
-        for (const Job& job : queue->jobs) {
-            if (m_pending.count(job.id) != 0) {
-                queued.push_back(m_pending.extract(job.id));
+        for (const auto& calls : queue->bySender) {
+            for (const Job& job : calls.second) {
+                if (m_pending.count(job.id) != 0) {
+                    queued.push_back(m_pending.extract(job.id));
+                }
             }
         }
-        queue->jobs.clear();
+        queue->bySender.clear();
+        queue->turns.clear();
     }
     m_queued = 0;
     m_queuedBytes = 0;
@@ -205,7 +208,7 @@ void DbusBridge::enqueue(Job job, sdbus::MethodCall call) {
             ++ofCaller;
             ++m_queued;
             m_queuedBytes += job.bytes;
-            queue.jobs.push_back(std::move(job));
+            queue.push(std::move(job));
         }
         if (refusal != nullptr && ofCaller == 0) {
             m_queuedBy.erase(job.sender);
@@ -231,18 +234,39 @@ bool DbusBridge::takeJob(Lane lane, Job& job) {
     Queue& queue = queueOf(lane);
     std::unique_lock<std::mutex> lock(m_mutex);
     while (true) {
-        queue.ready.wait(lock, [&] { return m_stopping || !queue.jobs.empty(); });
+        queue.ready.wait(lock, [&] { return m_stopping || !queue.empty(); });
         if (m_stopping) {
             return false;
         }
-        job = std::move(queue.jobs.front());
-        queue.jobs.pop_front();
+        job = queue.pop();
         forget(job);
         if (m_pending.count(job.id) != 0) {
             return true;
         }
         // Answered already: its deadline passed while it waited.
     }
+}
+
+void DbusBridge::Queue::push(Job job) {
+    std::deque<Job>& calls = bySender[job.sender];
+    if (calls.empty()) {
+        turns.push_back(job.sender);
+    }
+    calls.push_back(std::move(job));
+}
+
+// The next caller's oldest call; that caller's turn comes again after the others'.
+DbusBridge::Job DbusBridge::Queue::pop() {
+    const auto calls = bySender.find(turns.front());
+    turns.pop_front();
+    Job job = std::move(calls->second.front());
+    calls->second.pop_front();
+    if (calls->second.empty()) {
+        bySender.erase(calls);
+    } else {
+        turns.push_back(calls->first);
+    }
+    return job;
 }
 
 // A job leaves its queue: it no longer counts against the bounds. Under m_mutex.
