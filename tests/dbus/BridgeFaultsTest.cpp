@@ -8,6 +8,7 @@
 #include <condition_variable>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <map>
 #include <mutex>
 #include <stdexcept>
@@ -89,6 +90,9 @@ class Answers {
         return [this](const sdbus::Error* error, int32_t, std::string result) {
             std::lock_guard<std::mutex> lock(m_mutex);
             ++m_count[error != nullptr ? error->getName() : "ok:" + result];
+            if (error != nullptr) {
+                m_message[error->getName()] = error->getMessage();
+            }
             ++m_total;
             m_changed.notify_all();
         };
@@ -101,11 +105,17 @@ class Answers {
         std::lock_guard<std::mutex> lock(m_mutex);
         return m_count;
     }
+    // The message of the last error of that name.
+    std::string message(const std::string& name) {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        return m_message[name];
+    }
 
   private:
     std::mutex m_mutex;
     std::condition_variable m_changed;
     std::map<std::string, size_t> m_count;
+    std::map<std::string, std::string> m_message;
     size_t m_total = 0;
 };
 
@@ -237,6 +247,9 @@ TEST_F(BridgeUnderFaults, CallsPastTheQueueBoundsAreAnsweredBusyAtOnce) {
     }
     ASSERT_TRUE(floodAnswers.waitFor(2));
     ASSERT_TRUE(secondAnswers.waitFor(2));
+    EXPECT_EQ(floodAnswers.message(kErrorBusy),
+              "too many calls are waiting (at most 5 in all, 3 of one caller, 33554432 bytes of "
+              "text)");
     EXPECT_EQ(floodAnswers.counts(), (std::map<std::string, size_t>{{kErrorBusy, 2}}));
     EXPECT_EQ(secondAnswers.counts(), (std::map<std::string, size_t>{{kErrorBusy, 2}}));
 
@@ -375,6 +388,7 @@ TEST_F(BridgeUnderFaults, AStopWithAFullQueueAnswersEveryCallerWithoutRunningThe
     // The queued calls are answered before the running ones end.
     ASSERT_TRUE(queued.waitFor(limits.maxQueued));
     EXPECT_EQ(queued.counts(), (std::map<std::string, size_t>{{kErrorStopping, limits.maxQueued}}));
+    EXPECT_EQ(queued.message(kErrorStopping), "ControlOpc: the bridge stopped before the call ran");
     m_gated.open();
     stopping.join();
     ASSERT_TRUE(running.waitFor(limits.workers));
@@ -415,6 +429,7 @@ TEST_F(BridgeUnderFaults, ADeadlineCountsFromTheCallsArrivalWhileItWaits) {
     // Every worker is still at the gate: the call never ran, yet its deadline has passed.
     ASSERT_TRUE(waiting.waitFor(1));
     EXPECT_EQ(waiting.counts(), (std::map<std::string, size_t>{{kErrorTimeout, 1}}));
+    EXPECT_EQ(waiting.message(kErrorTimeout), "ControlOpc: no result within 300 ms");
     m_gated.open();
     ASSERT_TRUE(running.waitFor(4));
     m_bridge->stop();
@@ -454,6 +469,19 @@ TEST_F(BridgeUnderFaults, ACaptureIntoAFolderOthersCanWriteIsRefusedBeforeTheSer
     }
     EXPECT_EQ(sim().journal().size(), before);
     EXPECT_FALSE(std::filesystem::exists(folder + "/shot.png"));
+}
+
+// Callers match on the error names: each is the one docs/dbus.md gives.
+TEST(BridgeErrors, EveryNameIsTheDocumentedOne) {
+    std::ifstream page(SYSCTRL_DBUS_DOC);
+    const std::string text((std::istreambuf_iterator<char>(page)),
+                           std::istreambuf_iterator<char>());
+    ASSERT_FALSE(text.empty()) << SYSCTRL_DBUS_DOC;
+    for (const char* name : {sysctrlservice::dbus::kErrorServiceUnavailable, kErrorTimeout,
+                             sysctrlservice::dbus::kErrorFailed, kErrorStopping, kErrorBusy,
+                             kErrorUnsafePath, kErrorInvalidArgs}) {
+        EXPECT_NE(text.find(std::string("| `") + name + "` |"), std::string::npos) << name;
+    }
 }
 
 // The rules, folder by folder, for this test's user as the caller.

@@ -218,10 +218,11 @@ void DbusBridge::enqueue(Job job, sdbus::MethodCall call) {
         throw sdbus::Error(kErrorStopping, "the bridge is stopping");
     }
     if (refusal != nullptr) {
-        throw sdbus::Error(kErrorBusy, "too many calls are waiting (at most " +
-                                           std::to_string(m_options.maxQueued) + " in all, " +
-                                           std::to_string(m_options.maxQueuedPerCaller) +
-                                           " of one caller)");
+        throw sdbus::Error(kErrorBusy,
+                           "too many calls are waiting (at most " +
+                               std::to_string(m_options.maxQueued) + " in all, " +
+                               std::to_string(m_options.maxQueuedPerCaller) + " of one caller, " +
+                               std::to_string(m_options.maxQueuedBytes) + " bytes of text)");
     }
     queue.ready.notify_one();
     if (wasEmpty) {
