@@ -17,6 +17,7 @@
 #include "BridgeFixture.h"
 #include "CaptureTarget.h"
 #include "DbusLog.h"
+#include "DbusWire.h"
 
 namespace sysctrltest {
 namespace {
@@ -37,6 +38,13 @@ class GatedOpcService : public sysctrlservice::Application {
     int controlOpc(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
                    const std::string& command) override {
         sysctrlservice::ClientInterfacePtr client;
+        if (command == "later") {
+            // Returns at once; the test delivers the result afterwards, from its own thread.
+            std::lock_guard<std::mutex> lock(m_mutex);
+            m_later.push_back({msgIds, transport});
+            m_changed.notify_all();
+            return 0;
+        }
         {
             std::unique_lock<std::mutex> lock(m_mutex);
             m_reached.push_back(command);
@@ -70,6 +78,21 @@ class GatedOpcService : public sysctrlservice::Application {
         m_open = true;
         m_changed.notify_all();
     }
+    // Delivers the results of the "later" calls, once the first has returned.
+    bool deliverLater() {
+        std::unique_lock<std::mutex> lock(m_mutex);
+        if (!m_changed.wait_for(lock, kHangGuard, [&] { return !m_later.empty(); })) {
+            return false;
+        }
+        std::vector<std::pair<frame::MsgIds, frame::TransportInfo>> later;
+        later.swap(m_later);
+        const sysctrlservice::ClientInterfacePtr client = m_client;
+        lock.unlock();
+        for (auto& [msgIds, transport] : later) {
+            client->controlOpcResult(msgIds, transport, "later");
+        }
+        return true;
+    }
     std::vector<std::string> reached() {
         std::lock_guard<std::mutex> lock(m_mutex);
         return m_reached;
@@ -80,6 +103,7 @@ class GatedOpcService : public sysctrlservice::Application {
     std::condition_variable m_changed;
     bool m_open = false;
     std::vector<std::string> m_reached;
+    std::vector<std::pair<frame::MsgIds, frame::TransportInfo>> m_later;
     sysctrlservice::ClientInterfacePtr m_client;
 };
 
@@ -270,6 +294,15 @@ TEST_F(BridgeUnderFaults, CallsPastTheQueueBoundsAreAnsweredBusyAtOnce) {
         .withArguments(std::string("after"))
         .storeResultsTo(status, result);
     EXPECT_EQ(result, "after");
+}
+
+TEST_F(BridgeUnderFaults, AResultThatComesAfterTheOperationReturnedAnswersTheCall) {
+    startGated();
+    Answers answers;
+    sendOpc(proxy(), "later", answers);
+    ASSERT_TRUE(m_gated.deliverLater());
+    ASSERT_TRUE(answers.waitFor(1));
+    EXPECT_EQ(answers.counts(), (std::map<std::string, size_t>{{"ok:later", 1}}));
 }
 
 TEST_F(BridgeUnderFaults, WorkersTakeTheCallersCallsInTurn) {
@@ -469,6 +502,27 @@ TEST_F(BridgeUnderFaults, ACaptureIntoAFolderOthersCanWriteIsRefusedBeforeTheSer
     }
     EXPECT_EQ(sim().journal().size(), before);
     EXPECT_FALSE(std::filesystem::exists(folder + "/shot.png"));
+}
+
+// Texts that D-Bus strings cannot carry lose only what they cannot carry.
+TEST(BridgeWire, TextKeepsValidUtf8AndReplacesTheRest) {
+    const std::string replacement = "\xEF\xBF\xBD";
+    const struct {
+        std::string text;
+        std::string sent;
+    } cases[] = {
+        {"plain", "plain"},
+        {"\xC3\xA9 \xE2\x82\xAC \xF0\x9D\x84\x9E", "\xC3\xA9 \xE2\x82\xAC \xF0\x9D\x84\x9E"},
+        {std::string("a\0b", 3), "a" + replacement + "b"},
+        {"\xFF\xC0\xAF", replacement + replacement + replacement},
+        {"\xE0\x80\x80", replacement + replacement + replacement},  // overlong
+        {"\xED\xA0\x80", replacement + replacement + replacement},  // a surrogate
+        {"\xF4\x90\x80\x80", replacement + replacement + replacement + replacement},
+        {"\xE2\x82", replacement + replacement},  // cut short
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(sysctrlservice::dbus::validUtf8(c.text), c.sent);
+    }
 }
 
 // Callers match on the error names: each is the one docs/dbus.md gives.
