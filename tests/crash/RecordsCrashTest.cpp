@@ -9,6 +9,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <fstream>
+#include <functional>
 #include <iostream>
 #include <map>
 #include <set>
@@ -270,8 +272,8 @@ class RecordsCrash : public RecordsTest, public ::testing::WithParamInterface<Sc
         }
     }
 
-    // Kills the stores right after call `point`, then checks what is left, and what a power cut
-    // would leave: each way a power cut can leave the data and the names is loaded once.
+    // Kills the stores right after call `point`, then checks what is left, and each way a power
+    // cut at that moment could leave the data and the names, once.
     void crashAt(long point, const Folder& start) {
         crashtest::writeFolder(m_folder, start);
         const Run run = runChild(point, false);
@@ -295,25 +297,45 @@ class RecordsCrash : public RecordsTest, public ::testing::WithParamInterface<Sc
         if (model.now().key() != killed.key()) {
             m_problems.push_back(where(ending) + ": the files are not what the calls made");
         }
+        const std::vector<std::pair<std::string, Folder>> states = statesLeft(killed, model);
+        m_killedStates += 1;
+        m_powerCutStates += states.size() - 1;
+        std::istringstream problems(inChild([&] {
+            std::string found;
+            for (size_t i = 0; i < states.size(); ++i) {
+                if (i > 0) {
+                    crashtest::writeFolder(m_folder, states[i].second);
+                }
+                ending.label = states[i].first;
+                const std::string problem = check(ending, states[i].second);
+                found += problem.empty() ? "" : where(ending) + ": " + problem + "\n";
+            }
+            return found;
+        }));
+        for (std::string problem; std::getline(problems, problem);) {
+            m_problems.push_back(problem);
+        }
+    }
+
+    // What the kill left, then what a power cut could leave, each once, with what made it.
+    static std::vector<std::pair<std::string, Folder>> statesLeft(const Folder& killed,
+                                                                  const FolderModel& model) {
+        std::vector<std::pair<std::string, Folder>> states{{"killed", killed}};
         std::set<std::string> seen{killed.key()};
-        check(ending, killed);
-        ++m_killedStates;
+        const std::string changes = std::to_string(model.unflushedChanges());
         for (const DataLoss loss : {DataLoss::kTruncated, DataLoss::kZeroed}) {
             for (size_t kept = 0; kept <= model.unflushedChanges(); ++kept) {
                 const Folder left = model.afterPowerCut(kept, loss);
-                if (!seen.insert(left.key()).second) {
-                    continue;
+                if (seen.insert(left.key()).second) {
+                    states.emplace_back(std::string("power cut, unflushed data ") +
+                                            (loss == DataLoss::kTruncated ? "cut off" : "zeroed") +
+                                            ", " + std::to_string(kept) + " of " + changes +
+                                            " unflushed changes of names kept",
+                                        left);
                 }
-                crashtest::writeFolder(m_folder, left);
-                ending.label = std::string("power cut, unflushed data ") +
-                               (loss == DataLoss::kTruncated ? "cut off" : "zeroed") + ", " +
-                               std::to_string(kept) + " of " +
-                               std::to_string(model.unflushedChanges()) +
-                               " unflushed changes of names kept";
-                check(ending, left);
-                ++m_powerCutStates;
             }
         }
+        return states;
     }
 
     static std::string where(const Ending& ending) {
@@ -323,31 +345,55 @@ class RecordsCrash : public RecordsTest, public ::testing::WithParamInterface<Sc
 
     // The record file must hold the table before or after the step under way, ".old" what it
     // held before or after, and a fresh service must load that table and store it again.
-    void check(const Ending& ending, const Folder& left) {
+    std::string check(const Ending& ending, const Folder& left) {
         const Boundary& before = m_boundaries[ending.step];
         const Boundary& after = m_boundaries[ending.step + 1];
         const std::string log = left.content(kLogName);
         const std::string old = left.content(kOldName);
-        std::string problem;
         if (log != before.log && log != after.log) {
-            problem = "the record file holds " + quoted(log) + ", not " + quoted(before.log) +
-                      " or " + quoted(after.log);
-        } else if (old != before.old && old != after.old) {
-            problem = "\".old\" holds " + quoted(old) + ", not " + quoted(before.old) + " or " +
-                      quoted(after.old);
-        } else {
-            problem = loadAndStore(left, {tableOf(before.log), tableOf(after.log)});
+            return "the record file holds " + quoted(log) + ", not " + quoted(before.log) + " or " +
+                   quoted(after.log);
         }
-        if (!problem.empty()) {
-            m_problems.push_back(where(ending) + ": " + problem);
+        if (old != before.old && old != after.old) {
+            return "\".old\" holds " + quoted(old) + ", not " + quoted(before.old) + " or " +
+                   quoted(after.old);
         }
+        return loadAndStore(left, {tableOf(before.log), tableOf(after.log)});
+    }
+
+    // Runs `check` in a child process and returns what it returned. This process runs the
+    // service only in children: it never has a thread of the service's that may not have ended
+    // yet (they are detached) when it forks, which a sanitizer would refuse.
+    std::string inChild(const std::function<std::string()>& check) {
+        const std::string resultPath = m_root + "/result";
+        std::remove(resultPath.c_str());
+        const pid_t pid = fork();
+        if (pid == 0) {
+            prctl(PR_SET_PDEATHSIG, SIGKILL);
+            std::ofstream(resultPath, std::ios::binary) << check();
+            _exit(0);
+        }
+        if (pid < 0) {
+            return "fork failed";
+        }
+        Child child(pid);
+        const int status = child.wait();
+        if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) {
+            return "the checking process ended with status " + std::to_string(status);
+        }
+        std::ifstream in(resultPath, std::ios::binary);
+        std::ostringstream problem;
+        problem << in.rdbuf();
+        return problem.str();
     }
 
     // A fresh service on what was left adds one record of a type the scenario does not use: it
     // must have loaded one of `tables`, keep the record file as ".old" and leave no other file.
     std::string loadAndStore(const Folder& left, const std::set<std::string>& tables) {
         recreateService();
-        startService();
+        if (app().setupDone() != 0 || app().start() != 0) {
+            return "a fresh service did not start";
+        }
         clearLogs();
         addRecord(Step{3, 1});
         const std::string written = readFile(kRecordsLog);
