@@ -25,10 +25,7 @@ void ServiceTest::SetUp() {
                                  static_cast<uint16_t>(levelWord & 0xFFFF), text});
     });
     m_sim.reset(new sim::SimSet);
-    m_applications = CreateSysctrlserviceApplication();
-    ASSERT_NE(m_applications, nullptr);
-    m_application = dynamic_cast<sysctrlservice::Application*>(m_applications[0]);
-    ASSERT_NE(m_application, nullptr);
+    recreateService();
 }
 
 void ServiceTest::TearDown() {
@@ -64,6 +61,14 @@ void ServiceTest::destroyService() {
     delete[] m_applications;
     m_application = nullptr;
     m_applications = nullptr;
+}
+
+void ServiceTest::recreateService() {
+    destroyService();
+    m_applications = CreateSysctrlserviceApplication();
+    ASSERT_NE(m_applications, nullptr);
+    m_application = dynamic_cast<sysctrlservice::Application*>(m_applications[0]);
+    ASSERT_NE(m_application, nullptr);
 }
 
 boost::shared_ptr<sim::RecordingClient> ServiceTest::addClient(const std::string& name) {

@@ -37,6 +37,9 @@ class ServiceTest : public ::testing::Test {
     boost::shared_ptr<sim::RecordingClient> startWithClient(const std::string& name);
     // Waits for the service's threads, then deletes the application.
     void destroyService();
+    // Deletes the application and creates a new one through the plug-in's entry, as a restarted
+    // process would; the simulated set and the files stay.
+    void recreateService();
 
     sysctrlservice::Application& app() { return *m_application; }
     sysctrlservice::ServiceInterface& service() { return *m_application; }
