@@ -32,6 +32,10 @@ void replaceAll(std::string& text, const std::string& from, const std::string& t
 
 DeskHost::DeskHost(const std::string& pluginPath, const std::string& root, Printer& printer)
     : m_pluginPath(pluginPath), m_root(root), m_printer(printer), m_sim(new sim::SimSet) {
+    // The host's output is its record of the run: every call and callback is printed as it
+    // happens and nothing reads them back, so the set keeps no journal and the clients keep no
+    // callbacks, and a host that serves for days stays the size it started.
+    m_sim->setJournalLimit(0);
     m_sim->setListener([this](const json& event) { m_printer.print(event); });
     zo::host::setDebugSink([this](uint32_t levelWord, const std::string& text) {
         m_printer.print(json{{"event", "log"},
@@ -149,6 +153,7 @@ boost::shared_ptr<sim::RecordingClient> DeskHost::client(const std::string& name
     boost::shared_ptr<sim::RecordingClient>& client = m_clients[name];
     if (!client) {
         client.reset(new sim::RecordingClient(name, m_sim.get()));
+        client->setKeepLimit(0);
     }
     return client;
 }
