@@ -466,7 +466,7 @@ bool DeskHost::help(const std::vector<Word>&) {
 bool DeskHost::writeFile(const std::vector<Word>& words) {
     const std::string& command = words[0].text;
     Arguments args(words, 1);
-    const std::string path = mapped(args.text("path"));
+    const std::string path = mapped(args.systemPath("path"));
     std::error_code failure;
     if (command == "mkdir") {
         if (args.finish()) {
@@ -505,7 +505,7 @@ bool DeskHost::writeFile(const std::vector<Word>& words) {
 
 bool DeskHost::showFile(const std::vector<Word>& words) {
     Arguments args(words, 1);
-    const std::string path = mapped(args.text("path"));
+    const std::string path = mapped(args.systemPath("path"));
     if (!args.finish()) {
         error(words[0].text + ": " + args.error());
         return false;
