@@ -63,7 +63,7 @@ void RecordingClient::record(const char* callback, const frame::MsgIds& msgIds,
         }
         reaction = m_reaction;
     }
-    if (m_set != nullptr) {
+    if (m_set != nullptr && m_set->hasListener()) {
         m_set->emit(json{{"event", "callback"},
                          {"client", m_name},
                          {"callback", received.callback},

@@ -36,7 +36,15 @@ DeskHost::DeskHost(const std::string& pluginPath, const std::string& root, Print
     // happens and nothing reads them back, so the set keeps no journal and the clients keep no
     // callbacks, and a host that serves for days stays the size it started.
     m_sim->setJournalLimit(0);
-    m_sim->setListener([this](const json& event) { m_printer.print(event); });
+    // Events that --only leaves out are not made at all (the service's messages are still
+    // formatted): most of a run's work is its events.
+    if (printer.prints("port") || printer.prints("callback") || printer.prints("observer")) {
+        m_sim->setListener([this](const json& event) { m_printer.print(event); });
+    }
+    if (!printer.prints("log")) {
+        zo::host::setDebugSink([](uint32_t, const std::string&) {});
+        return;
+    }
     zo::host::setDebugSink([this](uint32_t levelWord, const std::string& text) {
         m_printer.print(json{{"event", "log"},
                              {"module", levelWord >> 16},

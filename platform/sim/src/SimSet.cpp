@@ -187,6 +187,11 @@ void SimSet::setListener(Listener listener) {
     m_listener = std::move(listener);
 }
 
+bool SimSet::hasListener() const {
+    std::lock_guard<std::mutex> lock(m_listenerMutex);
+    return static_cast<bool>(m_listener);
+}
+
 void SimSet::emit(const json& event) {
     std::lock_guard<std::mutex> lock(m_listenerMutex);
     if (m_listener) {
@@ -277,9 +282,11 @@ bool SimSet::fireEvent(const std::string& subject, int eventClass, int eventId,
         const int status = registration.observer->onEvent(
             static_cast<zo::port::eventClass_enum>(eventClass), target, eventId);
         deliveries.push_back(Delivery{registration.observer->getClassName(), status});
-        emit(json{{"event", "observer"},
-                  {"name", registration.observer->getClassName()},
-                  {"status", status}});
+        if (hasListener()) {
+            emit(json{{"event", "observer"},
+                      {"name", registration.observer->getClassName()},
+                      {"status", status}});
+        }
     }
     return true;
 }

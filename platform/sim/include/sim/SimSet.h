@@ -59,6 +59,8 @@ class SimSet {
     // else calls emit() (clients report their callbacks so).
     typedef std::function<void(const json& event)> Listener;
     void setListener(Listener listener);
+    // Whether a listener is set: an event nobody listens to need not be made.
+    bool hasListener() const;
     void emit(const json& event);
 
     // The journal keeps the last journalLimit() calls, oldest first: a set that serves for days
@@ -102,7 +104,7 @@ class SimSet {
     std::deque<PortCall> m_journal;
     size_t m_journalLimit = kDefaultJournalLimit;
     Listener m_listener;
-    std::mutex m_listenerMutex;
+    mutable std::mutex m_listenerMutex;
 };
 
 }  // namespace sim
