@@ -15,7 +15,7 @@ class SimUart : public zo::port::Uart, public SimObject {
     // Hands out what is waiting in rxData, at most `capacity` bytes.
     int read(uint8_t* buffer, int capacity, int flag) override;
     // Appends what was written to txData, which keeps the last kTxDataKept bytes: a line written
-    // to for days would otherwise grow by every write (and each write copy all of it).
+    // to for days would otherwise grow by every write (and each write copies all of it).
     static constexpr size_t kTxDataKept = 64 * 1024;
     int write(const uint8_t* buffer, int count, int flag) override;
     int getMode(int which) override;
