@@ -1,7 +1,8 @@
 // The desk host's script reader and interpreter: each input is a script, run by a fresh desk host
 // over the plug-in (loaded once for the process and kept, so that each host's load is cheap) and a
-// fresh file-system root. Scripts that could touch files outside the root are skipped: screen
-// captures write where the caller says, and ".." climbs out of the root.
+// fresh file-system root, on /dev/shm where there is one (on a disk, creating and removing the
+// root's files cost more than running most scripts). Scripts that could touch files outside the
+// root are skipped: screen captures write where the caller says, and ".." climbs out of the root.
 #include <dlfcn.h>
 #include <stdlib.h>
 
@@ -12,18 +13,17 @@
 
 #include "DeskHost.h"
 #include "Printer.h"
+#include "support/FuzzRoot.h"
 #include "zo/host/Host.h"
 
 namespace {
 
 struct ScriptFuzz {
-    ScriptFuzz() : printer(true, {"none"}) {
-        char pattern[] = "/tmp/sysctrl-fuzz-script.XXXXXX";
-        if (mkdtemp(pattern) == nullptr || dlopen(SYSCTRL_PLUGIN_PATH, RTLD_NOW) == nullptr) {
+    ScriptFuzz() : root(sysctrlfuzz::makeFuzzRoot("sysctrl-fuzz-script")), printer(true, {"none"}) {
+        if (root.empty() || dlopen(SYSCTRL_PLUGIN_PATH, RTLD_NOW) == nullptr) {
             std::fputs("fuzz: no root or no plug-in\n", stderr);
             abort();
         }
-        root = pattern;
         zo::host::setFileSystemRoot(root);
         zo::host::setDebugSink([](uint32_t, const std::string&) {});
     }

@@ -5,20 +5,11 @@
 #include <cstdio>
 #include <filesystem>
 
+#include "FuzzRoot.h"
 #include "zo/FileSystem.h"
 #include "zo/host/Host.h"
 
 namespace sysctrlfuzz {
-namespace {
-
-std::string g_root;
-
-void removeRoot() {
-    std::error_code ignored;
-    std::filesystem::remove_all(g_root, ignored);
-}
-
-}  // namespace
 
 FuzzService& FuzzService::instance() {
     static FuzzService* service = new FuzzService;
@@ -26,18 +17,18 @@ FuzzService& FuzzService::instance() {
 }
 
 FuzzService::FuzzService() {
-    char pattern[] = "/tmp/sysctrl-fuzz.XXXXXX";
-    if (mkdtemp(pattern) == nullptr) {
+    m_root = makeFuzzRoot("sysctrl-fuzz");
+    if (m_root.empty()) {
         std::perror("mkdtemp");
         abort();
     }
-    m_root = g_root = pattern;
-    atexit(removeRoot);
     std::filesystem::create_directories(m_root + "/var/tvservice");
     std::filesystem::create_directories(m_root + "/quentadata/model/config");
     zo::host::setFileSystemRoot(m_root);
     zo::host::setDebugSink([](uint32_t, const std::string&) {});
     m_sim.reset(new sim::SimSet);
+    // No target reads the journal: keeping none saves a copy of every call.
+    m_sim->setJournalLimit(0);
     m_client.reset(new sim::RecordingClient("fuzz"));
     create();
 }
@@ -62,8 +53,12 @@ void FuzzService::destroy() {
 
 void FuzzService::reset() {
     zo::host::waitForThreads();
+    sim::SimObject* const events = m_sim->find("EventManager");
     for (sim::SimObject* object : m_sim->objects()) {
-        object->reset();
+        // The event manager's registrations are the running application's observers.
+        if (object != events) {
+            object->reset();
+        }
     }
     m_sim->clearJournal();
     m_client->clear();
@@ -71,6 +66,8 @@ void FuzzService::reset() {
 
 void FuzzService::restart() {
     destroy();
+    // The old application's observers go with it; else each restart would add two for good.
+    m_sim->find("EventManager")->reset();
     create();
     m_sim->clearJournal();
     m_client->clear();

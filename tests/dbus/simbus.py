@@ -44,7 +44,8 @@ SYSTEM_POLICY = """
 
 
 class SimOnBus:
-    def __init__(self, sim, kind="session", policy_text=None):
+    def __init__(self, sim, kind="session", policy_text=None, options=(),
+                 stdout=subprocess.DEVNULL):
         self.kind = kind
         self.directory = tempfile.mkdtemp(prefix="sysctrl-bus.")
         os.chmod(self.directory, 0o755)  # callers of other users reach the socket
@@ -70,8 +71,8 @@ class SimOnBus:
         self.env[variable] = self.address
         self.busctl = ["busctl", "--system" if kind == "system" else "--user"]
         self.sim = subprocess.Popen(
-            [sim, "--log-level", "3000", "--dbus", kind], stdin=subprocess.PIPE,
-            stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True, env=self.env)
+            [sim, "--log-level", "3000"] + list(options) + ["--dbus", kind],
+            stdin=subprocess.PIPE, stdout=stdout, stderr=subprocess.PIPE, text=True, env=self.env)
         deadline = time.monotonic() + HANG_GUARD
         while not self.owned():
             if time.monotonic() > deadline or self.sim.poll() is not None:

@@ -8,7 +8,7 @@ RecordingClient::RecordingClient(const std::string& name, SimSet* set) : m_name(
 
 std::vector<RecordingClient::Received> RecordingClient::received() const {
     std::lock_guard<std::mutex> lock(m_mutex);
-    return m_received;
+    return std::vector<Received>(m_received.begin(), m_received.end());
 }
 
 std::vector<RecordingClient::Received> RecordingClient::received(
@@ -28,6 +28,19 @@ void RecordingClient::clear() {
     m_received.clear();
 }
 
+size_t RecordingClient::keepLimit() const {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    return m_keepLimit;
+}
+
+void RecordingClient::setKeepLimit(size_t limit) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_keepLimit = limit;
+    while (m_received.size() > m_keepLimit) {
+        m_received.pop_front();
+    }
+}
+
 void RecordingClient::setReaction(std::function<void(const Received&)> reaction) {
     std::lock_guard<std::mutex> lock(m_mutex);
     m_reaction = std::move(reaction);
@@ -42,10 +55,15 @@ void RecordingClient::record(const char* callback, const frame::MsgIds& msgIds,
     std::function<void(const Received&)> reaction;
     {
         std::lock_guard<std::mutex> lock(m_mutex);
-        m_received.push_back(received);
+        if (m_keepLimit > 0) {
+            if (m_received.size() >= m_keepLimit) {
+                m_received.pop_front();
+            }
+            m_received.push_back(received);
+        }
         reaction = m_reaction;
     }
-    if (m_set != nullptr) {
+    if (m_set != nullptr && m_set->hasListener()) {
         m_set->emit(json{{"event", "callback"},
                          {"client", m_name},
                          {"callback", received.callback},

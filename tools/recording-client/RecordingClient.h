@@ -1,6 +1,8 @@
 #ifndef TOOLS_RECORDINGCLIENT_H
 #define TOOLS_RECORDINGCLIENT_H
 
+#include <cstddef>
+#include <deque>
 #include <functional>
 #include <mutex>
 #include <string>
@@ -15,7 +17,8 @@ class SimSet;
 
 // A remote caller's client object: records every callback it receives and reports it to the
 // simulated set's listener as {"event":"callback","client":NAME,"callback":...,"msgIds":[...],
-// "transport":[...],"args":[...]}.
+// "transport":[...],"args":[...]}. It keeps the last keepLimit() callbacks, oldest first, so that a
+// client of a long run does not grow by every result; every one is still reported.
 class RecordingClient : public sysctrlservice::ClientInterface {
   public:
     struct Received {
@@ -32,6 +35,10 @@ class RecordingClient : public sysctrlservice::ClientInterface {
     // The callbacks of one name.
     std::vector<Received> received(const std::string& callback) const;
     void clear();
+    static constexpr size_t kDefaultKeepLimit = 10000;
+    size_t keepLimit() const;
+    // Drops the oldest callbacks at once when fewer are to be kept; 0 keeps none.
+    void setKeepLimit(size_t limit);
     // Runs after each callback is recorded, on the calling thread.
     void setReaction(std::function<void(const Received&)> reaction);
 
@@ -94,7 +101,8 @@ class RecordingClient : public sysctrlservice::ClientInterface {
     std::string m_name;
     SimSet* m_set;
     mutable std::mutex m_mutex;
-    std::vector<Received> m_received;
+    std::deque<Received> m_received;
+    size_t m_keepLimit = kDefaultKeepLimit;
     std::function<void(const Received&)> m_reaction;
 };
 

@@ -97,6 +97,18 @@ std::string Arguments::text(const char* what) {
     return word != nullptr ? word->text : std::string();
 }
 
+std::string Arguments::systemPath(const char* what) {
+    const Word* word = take(what);
+    if (word == nullptr) {
+        return std::string();
+    }
+    if (word->text.empty() || word->text[0] != '/') {
+        m_error = std::string(what) + ": expected an absolute path, got \"" + word->text + "\"";
+        return std::string();
+    }
+    return word->text;
+}
+
 nlohmann::json Arguments::value(const char* what) {
     const Word* word = take(what);
     if (word == nullptr) {

@@ -28,6 +28,9 @@ class Arguments {
     uint32_t unsignedInteger(const char* what);
     uint8_t byte(const char* what);
     std::string text(const char* what);
+    // Text that names a file of the set: it must start with "/", as the set's paths are placed
+    // under the root by joining the two (a relative one would land beside the root).
+    std::string systemPath(const char* what);
     // A script value: a number, true, false, null, a JSON object or list, or text.
     nlohmann::json value(const char* what);
     // Every remaining word.

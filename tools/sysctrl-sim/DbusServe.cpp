@@ -68,13 +68,28 @@ class Bridge {
     bool m_started = false;
 };
 
-bool stopRequested(int stopSignals, int waitMilliseconds) {
-    pollfd entry{stopSignals, POLLIN, 0};
-    return poll(&entry, 1, waitMilliseconds) > 0;
+// Waits up to `waitMilliseconds` (-1: for ever) for a stop signal, printing what the service
+// writes meanwhile; true when one came.
+bool stopRequested(int stopSignals, ServiceOutput& output, int waitMilliseconds) {
+    while (true) {
+        pollfd entries[2] = {{stopSignals, POLLIN, 0}, {output.descriptor(), POLLIN, 0}};
+        if (poll(entries, 2, waitMilliseconds) < 0) {
+            continue;
+        }
+        if ((entries[1].revents & POLLIN) != 0) {
+            output.drain();
+        }
+        if ((entries[0].revents & POLLIN) != 0) {
+            return true;
+        }
+        if (waitMilliseconds >= 0) {
+            return false;
+        }
+    }
 }
 
 // Runs standard input's lines as they come; false when a stop signal ended the reading.
-bool runStandardInput(DeskHost& host, int stopSignals) {
+bool runStandardInput(DeskHost& host, ServiceOutput& output, int stopSignals) {
     const bool prompt = isatty(STDIN_FILENO) != 0;
     std::string pending;
     int number = 0;
@@ -82,24 +97,33 @@ bool runStandardInput(DeskHost& host, int stopSignals) {
         if (prompt) {
             std::cerr << "sysctrl> " << std::flush;
         }
-        pollfd entries[2] = {{STDIN_FILENO, POLLIN, 0}, {stopSignals, POLLIN, 0}};
-        if (poll(entries, 2, -1) < 0) {
+        pollfd entries[3] = {
+            {STDIN_FILENO, POLLIN, 0}, {stopSignals, POLLIN, 0}, {output.descriptor(), POLLIN, 0}};
+        if (poll(entries, 3, -1) < 0) {
             continue;
         }
         if ((entries[1].revents & POLLIN) != 0) {
             return false;
+        }
+        if ((entries[2].revents & POLLIN) != 0) {
+            output.drain();
+        }
+        if ((entries[0].revents & (POLLIN | POLLHUP | POLLERR)) == 0) {
+            continue;
         }
         char buffer[4096];
         const ssize_t count = read(STDIN_FILENO, buffer, sizeof buffer);
         if (count <= 0) {
             if (!pending.empty()) {
                 host.runLine(pending, ++number);
+                output.drain();
             }
             return true;
         }
         pending.append(buffer, static_cast<size_t>(count));
         for (size_t end = pending.find('\n'); end != std::string::npos; end = pending.find('\n')) {
             host.runLine(pending.substr(0, end), ++number);
+            output.drain();
             pending.erase(0, end + 1);
         }
     }
@@ -118,8 +142,9 @@ int catchStopSignals() {
     return signalfd(-1, &signals, SFD_CLOEXEC);
 }
 
-int serveDbus(DeskHost& host, const std::string& bus, const std::string& bridgePath,
-              const std::vector<std::string>& scripts, int stopSignals) {
+int serveDbus(DeskHost& host, ServiceOutput& output, const std::string& bus,
+              const std::string& bridgePath, const std::vector<std::string>& scripts,
+              int stopSignals) {
     setenv("SYSCTRL_DBUS_BUS", bus.c_str(), 1);
     host.runLine("start", 0);
     Bridge bridge;
@@ -136,7 +161,7 @@ int serveDbus(DeskHost& host, const std::string& bus, const std::string& bridgeP
             break;
         }
         if (script == "-") {
-            stopped = !runStandardInput(host, stopSignals);
+            stopped = !runStandardInput(host, output, stopSignals);
             continue;
         }
         std::ifstream in(script);
@@ -147,11 +172,12 @@ int serveDbus(DeskHost& host, const std::string& bus, const std::string& bridgeP
         std::string line;
         for (int number = 1; !stopped && std::getline(in, line); ++number) {
             host.runLine(line, number);
-            stopped = stopRequested(stopSignals, 0);
+            output.drain();
+            stopped = stopRequested(stopSignals, output, 0);
         }
     }
     if (!stopped) {
-        stopRequested(stopSignals, -1);
+        stopRequested(stopSignals, output, -1);
     }
     std::cerr << "sysctrl-sim: stopping\n";
     bridge.stop();

@@ -32,7 +32,19 @@ void replaceAll(std::string& text, const std::string& from, const std::string& t
 
 DeskHost::DeskHost(const std::string& pluginPath, const std::string& root, Printer& printer)
     : m_pluginPath(pluginPath), m_root(root), m_printer(printer), m_sim(new sim::SimSet) {
-    m_sim->setListener([this](const json& event) { m_printer.print(event); });
+    // The host's output is its record of the run: every call and callback is printed as it
+    // happens and nothing reads them back, so the set keeps no journal and the clients keep no
+    // callbacks, and a host that serves for days stays the size it started.
+    m_sim->setJournalLimit(0);
+    // Events that --only leaves out are not made at all (the service's messages are still
+    // formatted): most of a run's work is its events.
+    if (printer.prints("port") || printer.prints("callback") || printer.prints("observer")) {
+        m_sim->setListener([this](const json& event) { m_printer.print(event); });
+    }
+    if (!printer.prints("log")) {
+        zo::host::setDebugSink([](uint32_t, const std::string&) {});
+        return;
+    }
     zo::host::setDebugSink([this](uint32_t levelWord, const std::string& text) {
         m_printer.print(json{{"event", "log"},
                              {"module", levelWord >> 16},
@@ -149,6 +161,7 @@ boost::shared_ptr<sim::RecordingClient> DeskHost::client(const std::string& name
     boost::shared_ptr<sim::RecordingClient>& client = m_clients[name];
     if (!client) {
         client.reset(new sim::RecordingClient(name, m_sim.get()));
+        client->setKeepLimit(0);
     }
     return client;
 }
@@ -461,7 +474,7 @@ bool DeskHost::help(const std::vector<Word>&) {
 bool DeskHost::writeFile(const std::vector<Word>& words) {
     const std::string& command = words[0].text;
     Arguments args(words, 1);
-    const std::string path = mapped(args.text("path"));
+    const std::string path = mapped(args.systemPath("path"));
     std::error_code failure;
     if (command == "mkdir") {
         if (args.finish()) {
@@ -500,7 +513,7 @@ bool DeskHost::writeFile(const std::vector<Word>& words) {
 
 bool DeskHost::showFile(const std::vector<Word>& words) {
     Arguments args(words, 1);
-    const std::string path = mapped(args.text("path"));
+    const std::string path = mapped(args.systemPath("path"));
     if (!args.finish()) {
         error(words[0].text + ": " + args.error());
         return false;

@@ -87,6 +87,10 @@ void Printer::print(const json& event) {
     std::fflush(m_out);
 }
 
+bool Printer::prints(const std::string& kind) const {
+    return m_only.empty() || m_only.count(kind) != 0;
+}
+
 void Printer::setOutput(FILE* out) {
     std::lock_guard<std::mutex> lock(m_mutex);
     m_out = out;

@@ -18,6 +18,8 @@ class Printer {
     Printer(bool json, std::set<std::string> only);
 
     void print(const nlohmann::json& event);
+    // Whether events of this kind are printed: one that is not need not be made.
+    bool prints(const std::string& kind) const;
     // Where the lines go; standard output by default.
     void setOutput(FILE* out);
 

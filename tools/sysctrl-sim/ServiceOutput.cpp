@@ -34,6 +34,9 @@ ServiceOutput::ServiceOutput(Printer& printer) : m_printer(printer) {
     }
     close(ends[1]);
     m_pipe = ends[0];
+    // Each line the service writes reaches the pipe at once, so that a host waiting for the pipe
+    // (serving D-Bus between script lines) sees it.
+    std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
     m_printer.setOutput(m_out);
 }
 

@@ -23,6 +23,9 @@ class ServiceOutput {
 
     // False when standard output could not be taken over; the run then goes on without it.
     bool active() const { return m_pipe >= 0; }
+    // The pipe's reading end, readable when the service has written; -1 when not active. A host
+    // that waits for something else polls it too, so the service never blocks on a full pipe.
+    int descriptor() const { return m_pipe; }
     // Flushes standard output and prints every whole line written so far; `all` prints an
     // unfinished last line too.
     void drain(bool all = false);

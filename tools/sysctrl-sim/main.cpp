@@ -218,8 +218,8 @@ bool runScripts(Options& options, int stopSignals) {
         options.scripts.push_back("-");
     }
     if (!options.bus.empty()) {
-        errors =
-            desk::serveDbus(host, options.bus, options.bridge, options.scripts, stopSignals) != 0;
+        errors = desk::serveDbus(host, output, options.bus, options.bridge, options.scripts,
+                                 stopSignals) != 0;
         options.scripts.clear();
     }
     for (const std::string& script : options.scripts) {

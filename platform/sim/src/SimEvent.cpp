@@ -24,6 +24,12 @@ int SimEventManager::registerObserver(boost::shared_ptr<zo::port::EventSubject> 
     return status;
 }
 
+void SimEventManager::reset() {
+    std::lock_guard<std::recursive_mutex> lock(simSet().mutex());
+    SimObject::reset();
+    m_registrations.clear();
+}
+
 std::vector<SimEventManager::Registration> SimEventManager::registrations() const {
     return m_registrations;
 }

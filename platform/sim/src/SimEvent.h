@@ -26,6 +26,8 @@ class SimEventManager : public zo::port::EventManager, public SimObject {
     };
     // Under the set's lock.
     std::vector<Registration> registrations() const;
+    // Forgets the registered observers too.
+    void reset() override;
 
   private:
     std::vector<Registration> m_registrations;

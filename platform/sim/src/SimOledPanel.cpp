@@ -151,7 +151,11 @@ int SimOledPanel::markPanelEvent(int eventCode) {
     Call call(*this, "markPanelEvent", {eventCode});
     const int status = call.result(0);
     if (status == 0) {
-        state("panelEvents").push_back(eventCode);
+        json& events = state("panelEvents");
+        events.push_back(eventCode);
+        while (events.size() > kPanelEventsKept) {
+            events.erase(events.begin());
+        }
     }
     return status;
 }

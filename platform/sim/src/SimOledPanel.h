@@ -31,6 +31,8 @@ class SimOledPanel : public zo::port::OledPanel, public SimObject {
     int runMaintenance(uint32_t flag) override;
     int panelCycleBegin() override;
     int panelCycleEnd() override;
+    // Appends the code to panelEvents, which keeps the last kPanelEventsKept codes.
+    static constexpr size_t kPanelEventsKept = 1000;
     int markPanelEvent(int eventCode) override;
     int getPanelInfo(int32_t* info) override;
     int getVersion(uint8_t* version) override;

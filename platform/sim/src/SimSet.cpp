@@ -187,6 +187,11 @@ void SimSet::setListener(Listener listener) {
     m_listener = std::move(listener);
 }
 
+bool SimSet::hasListener() const {
+    std::lock_guard<std::mutex> lock(m_listenerMutex);
+    return static_cast<bool>(m_listener);
+}
+
 void SimSet::emit(const json& event) {
     std::lock_guard<std::mutex> lock(m_listenerMutex);
     if (m_listener) {
@@ -197,14 +202,23 @@ void SimSet::emit(const json& event) {
 void SimSet::record(const PortCall& call) {
     {
         std::lock_guard<std::recursive_mutex> lock(m_mutex);
-        m_journal.push_back(call);
+        if (m_journalLimit > 0) {
+            if (m_journal.size() >= m_journalLimit) {
+                m_journal.pop_front();
+            }
+            m_journal.push_back(call);
+        }
     }
-    emit(call.toEvent());
+    // The event is made only for a listener: without one a call costs no JSON of its own.
+    std::lock_guard<std::mutex> lock(m_listenerMutex);
+    if (m_listener) {
+        m_listener(call.toEvent());
+    }
 }
 
 std::vector<PortCall> SimSet::journal() const {
     std::lock_guard<std::recursive_mutex> lock(m_mutex);
-    return m_journal;
+    return std::vector<PortCall>(m_journal.begin(), m_journal.end());
 }
 
 std::vector<PortCall> SimSet::calls(const std::string& object, const std::string& operation) const {
@@ -221,6 +235,19 @@ std::vector<PortCall> SimSet::calls(const std::string& object, const std::string
 void SimSet::clearJournal() {
     std::lock_guard<std::recursive_mutex> lock(m_mutex);
     m_journal.clear();
+}
+
+size_t SimSet::journalLimit() const {
+    std::lock_guard<std::recursive_mutex> lock(m_mutex);
+    return m_journalLimit;
+}
+
+void SimSet::setJournalLimit(size_t limit) {
+    std::lock_guard<std::recursive_mutex> lock(m_mutex);
+    m_journalLimit = limit;
+    while (m_journal.size() > m_journalLimit) {
+        m_journal.pop_front();
+    }
 }
 
 bool SimSet::fireEvent(const std::string& subject, int eventClass, int eventId,
@@ -255,9 +282,11 @@ bool SimSet::fireEvent(const std::string& subject, int eventClass, int eventId,
         const int status = registration.observer->onEvent(
             static_cast<zo::port::eventClass_enum>(eventClass), target, eventId);
         deliveries.push_back(Delivery{registration.observer->getClassName(), status});
-        emit(json{{"event", "observer"},
-                  {"name", registration.observer->getClassName()},
-                  {"status", status}});
+        if (hasListener()) {
+            emit(json{{"event", "observer"},
+                      {"name", registration.observer->getClassName()},
+                      {"status", status}});
+        }
     }
     return true;
 }

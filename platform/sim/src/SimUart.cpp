@@ -55,6 +55,9 @@ int SimUart::write(const uint8_t* buffer, int count, int flag) {
     if (written > 0) {
         std::vector<uint8_t> sent = stateAs<std::vector<uint8_t>>("txData");
         sent.insert(sent.end(), buffer, buffer + std::min(size, static_cast<size_t>(written)));
+        if (sent.size() > kTxDataKept) {
+            sent.erase(sent.begin(), sent.end() - static_cast<long>(kTxDataKept));
+        }
         state("txData") = toHex(sent.data(), sent.size());
     }
     return written;

@@ -69,7 +69,7 @@ class SimObject {
     bool setState(const std::string& key, const json& value, std::string& error);
     json getState(const std::string& key) const;
     // Back to the initial state, without answers; presence is kept.
-    void reset();
+    virtual void reset();
 
   protected:
     class Call {

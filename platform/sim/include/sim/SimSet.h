@@ -1,7 +1,9 @@
 #ifndef SIM_SIMSET_H
 #define SIM_SIMSET_H
 
+#include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <map>
 #include <memory>
@@ -57,12 +59,21 @@ class SimSet {
     // else calls emit() (clients report their callbacks so).
     typedef std::function<void(const json& event)> Listener;
     void setListener(Listener listener);
+    // Whether a listener is set: an event nobody listens to need not be made.
+    bool hasListener() const;
     void emit(const json& event);
 
+    // The journal keeps the last journalLimit() calls, oldest first: a set that serves for days
+    // would otherwise grow by every call. Past the limit each new call drops the oldest; the
+    // listener still sees every call. 0 keeps none (a host whose output is the listener's).
+    static constexpr size_t kDefaultJournalLimit = 10000;
     std::vector<PortCall> journal() const;
-    // The calls of one object, of one operation when `operation` is not empty.
+    // The calls of one object, of one operation when `operation` is not empty, from the journal.
     std::vector<PortCall> calls(const std::string& object, const std::string& operation = "") const;
     void clearJournal();
+    size_t journalLimit() const;
+    // Drops the oldest calls at once when fewer are to be kept.
+    void setJournalLimit(size_t limit);
 
     // The event manager delivers an event to the observers registered for `subject`: "oledPanel",
     // "operationHours", or, to every registered observer, "none" (an empty subject) or "other" (a
@@ -90,9 +101,10 @@ class SimSet {
 
     mutable std::recursive_mutex m_mutex;
     std::unique_ptr<Objects> m_objects;
-    std::vector<PortCall> m_journal;
+    std::deque<PortCall> m_journal;
+    size_t m_journalLimit = kDefaultJournalLimit;
     Listener m_listener;
-    std::mutex m_listenerMutex;
+    mutable std::mutex m_listenerMutex;
 };
 
 }  // namespace sim
