@@ -4,7 +4,8 @@
 
 namespace sim {
 
-RecordingClient::RecordingClient(const std::string& name, SimSet* set) : m_name(name), m_set(set) {}
+RecordingClient::RecordingClient(const std::string& name, SimSet* set)
+    : sysctrlservice::ClientAdapter<RecordingClient>(*this), m_name(name), m_set(set) {}
 
 std::vector<RecordingClient::Received> RecordingClient::received() const {
     std::lock_guard<std::mutex> lock(m_mutex);
@@ -76,82 +77,20 @@ void RecordingClient::record(const char* callback, const frame::MsgIds& msgIds,
     }
 }
 
-#define RECORD_TEXT(callback)                                                                    \
-    void RecordingClient::callback(frame::MsgIds& msgIds, const frame::TransportInfo& transport, \
-                                   const std::string& text) {                                    \
-        record(#callback, msgIds, transport, json::array({textOrHex(text)}));                    \
-    }
-
-#define RECORD_INT(callback, Type)                                                               \
-    void RecordingClient::callback(frame::MsgIds& msgIds, const frame::TransportInfo& transport, \
-                                   Type value) {                                                 \
-        record(#callback, msgIds, transport, json::array({value}));                              \
-    }
-
-RECORD_INT(reinitCredentialsResult, int)
-RECORD_TEXT(controlIicResult)
-RECORD_TEXT(writeEaromResult)
-RECORD_TEXT(readEaromResult)
-RECORD_TEXT(getEaromSizeResult)
-RECORD_TEXT(controlOpcResult)
-RECORD_TEXT(setGpioResult)
-RECORD_TEXT(getGpioResult)
-RECORD_TEXT(controlAntennaResult)
-RECORD_TEXT(executeZoshellResult)
-RECORD_INT(oledMaintResult, int)
-RECORD_INT(setOledLeaEnableResult, unsigned char)
-RECORD_INT(setOledCpcEnableResult, unsigned char)
-RECORD_TEXT(getChipIDResult)
-RECORD_INT(oledErrorResult, int)
-RECORD_TEXT(controlHdmiResult)
-RECORD_INT(setLnbPowerResult, int)
-RECORD_TEXT(getPanelVersionResult)
-RECORD_INT(burnFusesResult, int)
-RECORD_TEXT(getYTSignatureResult)
-
-#undef RECORD_TEXT
-#undef RECORD_INT
-
-void RecordingClient::controlFarFieldResult(frame::MsgIds& msgIds,
-                                            const frame::TransportInfo& transport,
-                                            const std::string& result,
-                                            const std::string& resultData) {
-    record("controlFarFieldResult", msgIds, transport,
-           json::array({textOrHex(result), textOrHex(resultData)}));
-}
-
-void RecordingClient::controlUartResult(frame::MsgIds& msgIds,
-                                        const frame::TransportInfo& transport,
-                                        const std::string& result, const std::string& resultData) {
-    record("controlUartResult", msgIds, transport,
-           json::array({textOrHex(result), textOrHex(resultData)}));
-}
-
-void RecordingClient::requestOptimeInfoResult(frame::MsgIds& msgIds,
-                                              const frame::TransportInfo& transport,
-                                              const sysctrlservice::OptimeInfo& info) {
+json RecordingClient::toJson(const sysctrlservice::OptimeInfo& info) {
     json times = json::array();
     for (uint32_t time : info.time) {
         times.push_back(time);
     }
-    record("requestOptimeInfoResult", msgIds, transport,
-           json::array({json{{"times", times}, {"text", textOrHex(info.text)}}}));
+    return json{{"times", times}, {"text", textOrHex(info.text)}};
 }
 
-void RecordingClient::oledPanelInfoResult(frame::MsgIds& msgIds,
-                                          const frame::TransportInfo& transport,
-                                          const std::vector<int>& info) {
-    record("oledPanelInfoResult", msgIds, transport, json::array({info}));
-}
-
-void RecordingClient::requestFuseInfoResult(
-    frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-    const std::vector<sysctrlservice::fuseitemcontent1_t>& items) {
+json RecordingClient::toJson(const std::vector<sysctrlservice::fuseitemcontent1_t>& items) {
     json list = json::array();
     for (const sysctrlservice::fuseitemcontent1_t& item : items) {
         list.push_back(json{{"name", textOrHex(item.name)}, {"value", textOrHex(item.value)}});
     }
-    record("requestFuseInfoResult", msgIds, transport, json::array({list}));
+    return list;
 }
 
 }  // namespace sim

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "ClientInterface.h"
+#include "ServiceDescription.h"
 #include "sim/Json.h"
 
 namespace sim {
@@ -19,7 +19,7 @@ class SimSet;
 // simulated set's listener as {"event":"callback","client":NAME,"callback":...,"msgIds":[...],
 // "transport":[...],"args":[...]}. It keeps the last keepLimit() callbacks, oldest first, so that a
 // client of a long run does not grow by every result; every one is still reported.
-class RecordingClient : public sysctrlservice::ClientInterface {
+class RecordingClient : public sysctrlservice::ClientAdapter<RecordingClient> {
   public:
     struct Received {
         std::string callback;
@@ -42,59 +42,22 @@ class RecordingClient : public sysctrlservice::ClientInterface {
     // Runs after each callback is recorded, on the calling thread.
     void setReaction(std::function<void(const Received&)> reaction);
 
-    void reinitCredentialsResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                                 int code) override;
-    void controlIicResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                          const std::string& result) override;
-    void writeEaromResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                          const std::string& result) override;
-    void readEaromResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                         const std::string& data) override;
-    void getEaromSizeResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                            const std::string& size) override;
-    void controlOpcResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                          const std::string& result) override;
-    void setGpioResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                       const std::string& result) override;
-    void getGpioResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                       const std::string& result) override;
-    void controlAntennaResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                              const std::string& result) override;
-    void executeZoshellResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                              const std::string& result) override;
-    void controlFarFieldResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                               const std::string& result, const std::string& resultData) override;
-    void oledMaintResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                         int result) override;
-    void setOledLeaEnableResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                                unsigned char state) override;
-    void setOledCpcEnableResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                                unsigned char state) override;
-    void getChipIDResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                         const std::string& chipId) override;
-    void requestOptimeInfoResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                                 const sysctrlservice::OptimeInfo& info) override;
-    void oledErrorResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                         int errorMask) override;
-    void controlHdmiResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                           const std::string& result) override;
-    void controlUartResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                           const std::string& result, const std::string& resultData) override;
-    void setLnbPowerResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                           int result) override;
-    void oledPanelInfoResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                             const std::vector<int>& info) override;
-    void getPanelVersionResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                               const std::string& version) override;
-    void burnFusesResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                         int code) override;
-    void requestFuseInfoResult(
-        frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-        const std::vector<sysctrlservice::fuseitemcontent1_t>& items) override;
-    void getYTSignatureResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                              const std::string& signature) override;
+    // Every callback, from the adapter.
+    template <typename... Values>
+    void onCallback(const sysctrlservice::CallbackInfo& callback, const frame::MsgIds& msgIds,
+                    const frame::TransportInfo& transport, const Values&... values) {
+        record(callback.name, msgIds, transport, json::array({toJson(values)...}));
+    }
 
   private:
+    // A callback's values as its record shows them: text as text or hex, structures as objects.
+    static json toJson(int value) { return value; }
+    static json toJson(unsigned char value) { return value; }
+    static json toJson(const std::string& text) { return textOrHex(text); }
+    static json toJson(const std::vector<int>& values) { return values; }
+    static json toJson(const sysctrlservice::OptimeInfo& info);
+    static json toJson(const std::vector<sysctrlservice::fuseitemcontent1_t>& items);
+
     void record(const char* callback, const frame::MsgIds& msgIds,
                 const frame::TransportInfo& transport, json args);
 

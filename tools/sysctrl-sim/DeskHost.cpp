@@ -2,6 +2,7 @@
 
 #include <dlfcn.h>
 #include <sys/stat.h>
+#include <algorithm>
 
 #include <filesystem>
 #include <fstream>
@@ -17,9 +18,9 @@ namespace {
 
 using nlohmann::json;
 
-// Help starts a group's commands at this column and wraps between commands past this width.
-const size_t kHelpIndent = 12;
-const size_t kHelpWidth = 100;
+// Help indents each command under its group and starts the operations' summaries at a column.
+const char kHelpIndent[] = "  ";
+const size_t kHelpSummaryColumn = 44;
 
 void replaceAll(std::string& text, const std::string& from, const std::string& to) {
     for (size_t at = text.find(from); at != std::string::npos;
@@ -199,9 +200,7 @@ const std::vector<DeskHost::Command>& DeskHost::commands() {
         {"destroy", &DeskHost::destroyCommand, "life cycle", "destroy"},
         {"addClient", &DeskHost::callClientOperation, "clients", "addClient NAME"},
         {"removeClient", &DeskHost::callClientOperation, "clients", "removeClient NAME"},
-        {nullptr, &DeskHost::callOperation, "operations",
-         "OPERATION ARGS... (every interface operation, arguments after MsgIds and "
-         "TransportInfo)"},
+        {nullptr, &DeskHost::callOperation, "operations", "OPERATION ARGS..."},
         {"absent", &DeskHost::setPresence, "the set", "absent OBJECT"},
         {"present", &DeskHost::setPresence, "the set", "present OBJECT"},
         {"set", &DeskHost::setAnswer, "the set", "set OBJECT.OPERATION RESULT [OUTPUT...]"},
@@ -232,25 +231,27 @@ const DeskHost::Command* DeskHost::findCommand(const std::string& word) {
     return nullptr;
 }
 
+// One command a line under its group's heading; every operation with its arguments and summary.
 std::string DeskHost::helpText() {
     std::string text;
-    std::string line;
     const char* group = nullptr;
     for (const Command& command : commands()) {
         if (group == nullptr || std::string(group) != command.group) {
-            text += line.empty() ? "" : line + "\n";
             group = command.group;
-            line = std::string(group) + ":";
-            line.resize(kHelpIndent, ' ');
-            line += command.usage;
-        } else if (line.size() + 3 + std::string(command.usage).size() > kHelpWidth) {
-            text += line + " |\n";
-            line = std::string(kHelpIndent, ' ') + command.usage;
-        } else {
-            line += std::string(" | ") + command.usage;
+            text += std::string(text.empty() ? "" : "\n") + group + ":";
+        }
+        if (command.word != nullptr) {
+            text += std::string("\n") + kHelpIndent + command.usage;
+            continue;
+        }
+        text += std::string(" OPERATION ARGS..., the arguments after MsgIds and TransportInfo");
+        for (const Operation& operation : operations()) {
+            std::string line = kHelpIndent + std::string(operation.name) + " " + operation.usage;
+            line.resize(std::max(line.size() + 2, kHelpSummaryColumn), ' ');
+            text += "\n" + line + operation.summary;
         }
     }
-    return text + line;
+    return text;
 }
 
 bool DeskHost::runCommand(const std::vector<Word>& words) {

@@ -1,9 +1,12 @@
-// The interface operations as the desk host calls them, in the interface's order.
+// The interface operations as the desk host calls them, from the interface's description.
 #include "Operations.h"
 
+#include <cctype>
 #include <tuple>
 #include <type_traits>
 #include <utility>
+
+#include "ServiceDescription.h"
 
 namespace desk {
 namespace {
@@ -57,21 +60,51 @@ struct Reader<std::vector<sysctrlservice::fuseitemcontent1_t>> {
     }
 };
 
-template <typename... Params>
-Operation bind(const char* name, const char* usage,
-               int (ServiceInterface::*member)(frame::MsgIds&, const frame::TransportInfo&,
-                                               Params...)) {
+// How an argument appears in a command's usage: its name in capitals, or the form of a list.
+template <typename T>
+std::string usageOf(const sysctrlservice::ArgumentInfo& argument) {
+    if constexpr (std::is_same_v<T, std::vector<sysctrlservice::fuseitemcontent1_t>>) {
+        return "NAME=VALUE...";
+    }
+    std::string word = argument.name;
+    for (char& c : word) {
+        c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    }
+    return word;
+}
+
+template <typename... Values>
+std::string usage(const sysctrlservice::OperationInfo& info, const std::tuple<Values...>*) {
+    std::vector<std::string> words;
+    size_t index = 0;
+    (words.push_back(usageOf<Values>(info.arguments[index++])), ...);
+    std::string text;
+    for (const std::string& word : words) {
+        text += (text.empty() ? "" : " ") + word;
+    }
+    return text;
+}
+
+template <typename... Values>
+std::tuple<Values...> readValues(Arguments& args, const std::tuple<Values...>*) {
+    // A braced list reads the words from left to right.
+    return std::tuple<Values...>{Reader<Values>::read(args)...};
+}
+
+template <auto Member>
+Operation bind(const sysctrlservice::OperationInfo& info,
+               sysctrlservice::description::MemberConstant<Member>) {
+    using Values = typename sysctrlservice::description::Parameters<decltype(Member)>::Tuple;
     return Operation{
-        name, usage,
-        [member](ServiceInterface& service, frame::MsgIds& msgIds,
-                 const frame::TransportInfo& transport, Arguments& args, int& status) {
-            // A braced list reads the words from left to right.
-            std::tuple<std::decay_t<Params>...> values{Reader<std::decay_t<Params>>::read(args)...};
+        info.name, usage(info, static_cast<const Values*>(nullptr)), info.summary,
+        [](ServiceInterface& service, frame::MsgIds& msgIds, const frame::TransportInfo& transport,
+           Arguments& args, int& status) {
+            Values values = readValues(args, static_cast<const Values*>(nullptr));
             if (!args.finish()) {
                 return false;
             }
             status = std::apply(
-                [&](auto&... value) { return (service.*member)(msgIds, transport, value...); },
+                [&](auto&... value) { return (service.*Member)(msgIds, transport, value...); },
                 values);
             return true;
         }};
@@ -80,62 +113,14 @@ Operation bind(const char* name, const char* usage,
 }  // namespace
 
 const std::vector<Operation>& operations() {
-    static const std::vector<Operation> table = {
-        bind("requestFuseInfo", "SELECTOR", &ServiceInterface::requestFuseInfo),
-        bind("burnFuses", "NAME=VALUE...", &ServiceInterface::burnFuses),
-        bind("reinitCredentials", "MODE", &ServiceInterface::reinitCredentials),
-        bind("controlHdmi", "COMMAND", &ServiceInterface::controlHdmi),
-        bind("controlIic", "COMMAND", &ServiceInterface::controlIic),
-        bind("readEarom", "OFFSET LENGTH", &ServiceInterface::readEarom),
-        bind("writeEarom", "OFFSET DATA", &ServiceInterface::writeEarom),
-        bind("getEaromSize", "", &ServiceInterface::getEaromSize),
-        bind("controlOpc", "COMMAND", &ServiceInterface::controlOpc),
-        bind("setGpio", "COMMAND", &ServiceInterface::setGpio),
-        bind("getGpio", "COMMAND", &ServiceInterface::getGpio),
-        bind("controlAntenna", "COMMAND", &ServiceInterface::controlAntenna),
-        bind("executeZoshell", "COMMAND", &ServiceInterface::executeZoshell),
-        bind("controlUart", "COMMAND DATA", &ServiceInterface::controlUart),
-        bind("cmdCaptureScreen", "PATH NAME TYPE", &ServiceInterface::cmdCaptureScreen),
-        bind("controlPowerMode", "MODE", &ServiceInterface::controlPowerMode),
-        bind("setBootEnvDbtable", "VALUE", &ServiceInterface::setBootEnvDbtable),
-        bind("controlComEnabled", "VALUE", &ServiceInterface::controlComEnabled),
-        bind("restartSystem", "", &ServiceInterface::restartSystem),
-        bind("setLnbPower", "VALUE", &ServiceInterface::setLnbPower),
-        bind("setRemoteControlCode", "VALUE", &ServiceInterface::setRemoteControlCode),
-        bind("setKeypadLock", "VALUE", &ServiceInterface::setKeypadLock),
-        bind("setQuentaRCSwitch", "VALUE", &ServiceInterface::setQuentaRCSwitch),
-        bind("ctrlLedFlicker", "FLAG", &ServiceInterface::ctrlLedFlicker),
-        bind("ctrluseCaseShow", "USECASE", &ServiceInterface::ctrluseCaseShow),
-        bind("ctrluseCaseHide", "USECASE", &ServiceInterface::ctrluseCaseHide),
-        bind("ctrlGpioState", "STATE", &ServiceInterface::ctrlGpioState),
-        bind("ctrlLedColorState", "COLOR STATUS FLASHPWM", &ServiceInterface::ctrlLedColorState),
-        bind("ctrlLogoLedGpioStatus", "STATUS", &ServiceInterface::ctrlLogoLedGpioStatus),
-        bind("controlUartState", "VALUE", &ServiceInterface::controlUartState),
-        bind("controlOledMaint", "FLAGS", &ServiceInterface::controlOledMaint),
-        bind("requestOledPanelInfo", "", &ServiceInterface::requestOledPanelInfo),
-        bind("setOledLeaEnable", "ENABLE", &ServiceInterface::setOledLeaEnable),
-        bind("setOledCpcEnable", "ENABLE", &ServiceInterface::setOledCpcEnable),
-        bind("controlFarField", "COMMAND DATA", &ServiceInterface::controlFarField),
-        bind("registerFarFieldCallback", "ID NAME", &ServiceInterface::registerFarFieldCallback),
-        bind("unregisterFarFieldCallback", "ID", &ServiceInterface::unregisterFarFieldCallback),
-        bind("getPanelVersion", "", &ServiceInterface::getPanelVersion),
-        bind("getChipID", "", &ServiceInterface::getChipID),
-        bind("getYTSignature", "MESSAGE RESERVED LENGTH", &ServiceInterface::getYTSignature),
-        bind("setGpioStatus", "GPIO VALUE", &ServiceInterface::setGpioStatus),
-        bind("setOsdOpacity", "WINDOW OPACITY", &ServiceInterface::setOsdOpacity),
-        bind("getOsdOpacity", "WINDOW", &ServiceInterface::getOsdOpacity),
-        bind("setQuietBootFlag", "FLAG", &ServiceInterface::setQuietBootFlag),
-        bind("controlPanelPower", "OFF", &ServiceInterface::controlPanelPower),
-        bind("requestOptimeInfo", "", &ServiceInterface::requestOptimeInfo),
-        bind("startOledAs", "", &ServiceInterface::startOledAs),
-        bind("saveOledManualGain", "GAIN0 GAIN1 GAIN2 GAIN3",
-             &ServiceInterface::saveOledManualGain),
-        bind("setOledManualGainSetting", "INDEX VALUE",
-             &ServiceInterface::setOledManualGainSetting),
-        bind("getOledManualGainSetting", "INDEX", &ServiceInterface::getOledManualGainSetting),
-        bind("setOledManualGainEnable", "ENABLE", &ServiceInterface::setOledManualGainEnable),
-        bind("getOledManualGainEnable", "", &ServiceInterface::getOledManualGainEnable),
-    };
+    static const std::vector<Operation> table = [] {
+        std::vector<Operation> all;
+        sysctrlservice::forEachOperation(
+            [&all](const sysctrlservice::OperationInfo& info, auto member) {
+                all.push_back(bind(info, member));
+            });
+        return all;
+    }();
     return table;
 }
 

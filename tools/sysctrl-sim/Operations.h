@@ -14,7 +14,9 @@ namespace desk {
 // from the command's words in the interface's order.
 struct Operation {
     const char* name;
-    const char* usage;
+    // The arguments as words, e.g. "OFFSET LENGTH".
+    std::string usage;
+    const char* summary;
     // Reads the arguments; when all are valid, calls the operation and sets `status`. Returns false
     // when an argument is bad (the reason is in `args`).
     std::function<bool(sysctrlservice::ServiceInterface& service, frame::MsgIds& msgIds,

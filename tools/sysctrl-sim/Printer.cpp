@@ -63,6 +63,9 @@ std::string Printer::readable(const json& event) {
     if (kind == "error") {
         return "error line " + event["line"].dump() + ": " + event.value("message", "");
     }
+    if (kind == "help") {
+        return event.value("text", "");
+    }
     if (kind == "echo") {
         return "# " + event.value("text", "");
     }

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <memory>
 #include <shared_mutex>
 #include <string>
 #include <vector>
@@ -10,6 +11,9 @@
 #include <sdbus-c++/sdbus-c++.h>
 
 #include "ClientInterface.h"
+#include "DbusLog.h"
+#include "DbusWire.h"
+#include "ServiceDescription.h"
 #include "ServiceInterface.h"
 #include "frame/MsgIds.h"
 #include "frame/TransportInfo.h"
@@ -35,6 +39,7 @@ extern const char kErrorInvalidArgs[];         // an argument past a size limit
 // One callback of ClientInterface as a signal: its name, the names of its arguments after the
 // identifiers and their D-Bus signature.
 struct SignalSpec {
+    const CallbackInfo* callback;
     std::string name;
     std::vector<std::string> argNames;
     std::string signature;
@@ -71,6 +76,7 @@ enum class Lane { shared, capture };
 // work. The bus library has checked the call's signature against `inSignature` before `read`
 // runs; `read` throws sdbus::Error for arguments it refuses, which becomes the call's error reply.
 struct MethodSpec {
+    const OperationInfo* operation;
     std::string name;
     std::vector<std::string> inNames;
     std::string inSignature;
@@ -79,10 +85,11 @@ struct MethodSpec {
     std::function<ReadCall(sdbus::MethodCall& call)> read;
 };
 
-// Every operation that carries MsgIds and TransportInfo, in the interface's order.
+// Every operation that carries MsgIds and TransportInfo, in the interface's order: the operation
+// with the first letter in upper case.
 const std::vector<MethodSpec>& methods();
-// Every callback, in the interface's order.
-const std::vector<const SignalSpec*>& signals();
+// Every callback, in the interface's order, likewise named.
+const std::vector<SignalSpec>& signals();
 
 // Receives every callback of the bridge's client, on whatever thread the service calls it.
 class ResultSink {
@@ -95,69 +102,48 @@ class ResultSink {
 // The bridge's client object: forwards each callback to the sink until detached. Detaching waits
 // for deliveries in progress, so that the sink may go away afterwards even though the service
 // still holds the client.
-class BridgeClient : public ClientInterface {
+class BridgeClient : public ClientAdapter<BridgeClient> {
   public:
-    explicit BridgeClient(ResultSink* sink) : m_sink(sink) {}
+    explicit BridgeClient(ResultSink* sink) : ClientAdapter<BridgeClient>(*this), m_sink(sink) {}
     void detach();
 
-    void reinitCredentialsResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                                 int code) override;
-    void controlIicResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                          const std::string& result) override;
-    void writeEaromResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                          const std::string& result) override;
-    void readEaromResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                         const std::string& data) override;
-    void getEaromSizeResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                            const std::string& size) override;
-    void controlOpcResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                          const std::string& result) override;
-    void setGpioResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                       const std::string& result) override;
-    void getGpioResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                       const std::string& result) override;
-    void controlAntennaResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                              const std::string& result) override;
-    void executeZoshellResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                              const std::string& result) override;
-    void controlFarFieldResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                               const std::string& result, const std::string& resultData) override;
-    void oledMaintResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                         int result) override;
-    void setOledLeaEnableResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                                unsigned char state) override;
-    void setOledCpcEnableResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                                unsigned char state) override;
-    void getChipIDResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                         const std::string& chipId) override;
-    void requestOptimeInfoResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                                 const OptimeInfo& info) override;
-    void oledErrorResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                         int errorMask) override;
-    void controlHdmiResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                           const std::string& result) override;
-    void controlUartResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                           const std::string& result, const std::string& resultData) override;
-    void setLnbPowerResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                           int result) override;
-    void oledPanelInfoResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                             const std::vector<int>& info) override;
-    void getPanelVersionResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                               const std::string& version) override;
-    void burnFusesResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                         int code) override;
-    void requestFuseInfoResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                               const std::vector<fuseitemcontent1_t>& items) override;
-    void getYTSignatureResult(frame::MsgIds& msgIds, const frame::TransportInfo& transport,
-                              const std::string& signature) override;
+    // Every callback; the service calls it on any of its threads.
+    template <typename... Values>
+    void onCallback(const CallbackInfo& callback, const frame::MsgIds& msgIds,
+                    const frame::TransportInfo& transport, const Values&... values);
 
   private:
-    template <typename Signal, typename... Values>
-    void forward(const Signal& signal, const frame::MsgIds& msgIds, const Values&... values);
-
     std::shared_mutex m_mutex;
     ResultSink* m_sink;
 };
+
+// Writes a callback's values as its signal's arguments, each in its wire type; keeps copies, for
+// the message is written after the callback has returned.
+template <typename... Values>
+ArgumentWriter argumentWriter(const CallbackInfo& callback, const Values&... values) {
+    auto kept = std::make_shared<const std::tuple<Values...>>(values...);
+    const CallbackInfo* info = &callback;
+    return [kept, info](sdbus::Message& message) {
+        std::apply(
+            [&](const auto&... value) {
+                size_t index = 0;
+                (writeValue(message, value, info->arguments[index++].holds), ...);
+            },
+            *kept);
+    };
+}
+
+// Nothing may escape into the service's thread.
+template <typename... Values>
+void BridgeClient::onCallback(const CallbackInfo& callback, const frame::MsgIds& msgIds,
+                              const frame::TransportInfo&, const Values&... values) try {
+    std::shared_lock<std::shared_mutex> lock(m_mutex);
+    if (m_sink != nullptr) {
+        m_sink->onResult(signals()[static_cast<size_t>(callback.id)], msgIds,
+                         argumentWriter(callback, values...));
+    }
+}
+DBUS_ENTRY_GUARD()
 
 }  // namespace dbus
 }  // namespace sysctrlservice

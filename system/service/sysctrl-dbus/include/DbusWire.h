@@ -3,10 +3,12 @@
 
 #include <cstdint>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include <sdbus-c++/sdbus-c++.h>
 
+#include "ServiceDescription.h"
 #include "SysctrlTypes.h"
 
 namespace sysctrlservice {
@@ -91,6 +93,68 @@ struct Optime {
 template <typename... Wire>
 std::string signatureOf() {
     return (std::string() + ... + sdbus::signature_of<typename Wire::Bus>::str());
+}
+
+// The wire type of each value type of the interface but text.
+template <typename Value, typename = void>
+struct WireOf;
+template <>
+struct WireOf<int> {
+    using type = Int;
+};
+template <>
+struct WireOf<unsigned int> {
+    using type = Unsigned;
+};
+template <>
+struct WireOf<unsigned char> {
+    using type = Byte;
+};
+template <typename Enum>
+struct WireOf<Enum, std::enable_if_t<std::is_enum_v<Enum>>> {
+    using type = EnumInt<Enum>;
+};
+template <>
+struct WireOf<std::vector<int>> {
+    using type = IntList;
+};
+template <>
+struct WireOf<std::vector<fuseitemcontent1_t>> {
+    using type = FuseItems;
+};
+template <>
+struct WireOf<OptimeInfo> {
+    using type = Optime;
+};
+
+// Calls use(Wire()) with the wire type of a value: text travels as Text or as Bytes, by what the
+// argument holds.
+template <typename Value, typename Use>
+decltype(auto) withWire(Holds holds, Use&& use) {
+    if constexpr (std::is_same_v<Value, std::string>) {
+        return holds == Holds::bytes ? use(Bytes()) : use(Text());
+    } else {
+        return use(typename WireOf<Value>::type());
+    }
+}
+
+template <typename Value>
+std::string signatureOfValue(Holds holds) {
+    return withWire<Value>(holds, [](auto wire) { return signatureOf<decltype(wire)>(); });
+}
+
+template <typename Value>
+Value readValue(sdbus::Message& message, Holds holds) {
+    return withWire<Value>(holds, [&message](auto wire) -> Value {
+        typename decltype(wire)::Bus bus;
+        message >> bus;
+        return decltype(wire)::in(bus);
+    });
+}
+
+template <typename Value>
+void writeValue(sdbus::Message& message, const Value& value, Holds holds) {
+    withWire<Value>(holds, [&](auto wire) { message << decltype(wire)::out(value); });
 }
 
 }  // namespace dbus

@@ -155,10 +155,10 @@ void DbusBridge::registerObject() {
                                  outSignature, outNames,
                                  [this, spec](sdbus::MethodCall call) { receive(*spec, call); });
     }
-    for (const SignalSpec* signal : signals()) {
+    for (const SignalSpec& signal : signals()) {
         std::vector<std::string> names = {"msgIds"};
-        names.insert(names.end(), signal->argNames.begin(), signal->argNames.end());
-        m_object->registerSignal(kInterface, signal->name, "(ii)" + signal->signature, names);
+        names.insert(names.end(), signal.argNames.begin(), signal.argNames.end());
+        m_object->registerSignal(kInterface, signal.name, "(ii)" + signal.signature, names);
     }
     m_object->finishRegistration();
 }

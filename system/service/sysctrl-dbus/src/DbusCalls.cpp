@@ -1,6 +1,7 @@
-// The remote interface as D-Bus methods and signals: one line per operation and per callback.
+// The remote interface as D-Bus methods and signals, derived from its description.
 #include "DbusCalls.h"
 
+#include <cctype>
 #include <memory>
 #include <mutex>
 #include <tuple>
@@ -28,61 +29,52 @@ const char kErrorInvalidArgs[] = "org.freedesktop.DBus.Error.InvalidArgs";
 
 namespace {
 
-// A callback's signal, typed by the wire types of its arguments.
-template <typename... Wire>
-struct ResultSignal : SignalSpec {
-    ResultSignal(const char* name, std::vector<std::string> names)
-        : SignalSpec{name, std::move(names), signatureOf<Wire...>()} {}
-
-    ArgumentWriter writer(const typename Wire::Value&... values) const {
-        auto bus = std::make_shared<std::tuple<typename Wire::Bus...>>(Wire::out(values)...);
-        return [bus](sdbus::Message& message) {
-            std::apply([&message](const auto&... value) { (message << ... << value); }, *bus);
-        };
+// The operation or callback's name as the bus spells it: the first letter in upper case.
+std::string busName(const char* name) {
+    std::string text = name;
+    if (!text.empty()) {
+        text[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(text[0])));
     }
-};
-
-// Every callback, with the names of its arguments as the interface declares them.
-struct Signals {
-    ResultSignal<Int> reinitCredentials{"ReinitCredentialsResult", {"code"}};
-    ResultSignal<Text> controlIic{"ControlIicResult", {"result"}};
-    ResultSignal<Text> writeEarom{"WriteEaromResult", {"result"}};
-    ResultSignal<Bytes> readEarom{"ReadEaromResult", {"data"}};
-    ResultSignal<Text> getEaromSize{"GetEaromSizeResult", {"size"}};
-    ResultSignal<Text> controlOpc{"ControlOpcResult", {"result"}};
-    ResultSignal<Text> setGpio{"SetGpioResult", {"result"}};
-    ResultSignal<Text> getGpio{"GetGpioResult", {"result"}};
-    ResultSignal<Text> controlAntenna{"ControlAntennaResult", {"result"}};
-    ResultSignal<Text> executeZoshell{"ExecuteZoshellResult", {"result"}};
-    ResultSignal<Text, Text> controlFarField{"ControlFarFieldResult", {"result", "resultData"}};
-    ResultSignal<Int> oledMaint{"OledMaintResult", {"result"}};
-    ResultSignal<Byte> setOledLeaEnable{"SetOledLeaEnableResult", {"state"}};
-    ResultSignal<Byte> setOledCpcEnable{"SetOledCpcEnableResult", {"state"}};
-    ResultSignal<Bytes> getChipID{"GetChipIDResult", {"chipId"}};
-    ResultSignal<Optime> requestOptimeInfo{"RequestOptimeInfoResult", {"info"}};
-    ResultSignal<Int> oledError{"OledErrorResult", {"errorMask"}};
-    ResultSignal<Text> controlHdmi{"ControlHdmiResult", {"result"}};
-    ResultSignal<Text, Text> controlUart{"ControlUartResult", {"result", "resultData"}};
-    ResultSignal<Int> setLnbPower{"SetLnbPowerResult", {"result"}};
-    ResultSignal<IntList> oledPanelInfo{"OledPanelInfoResult", {"info"}};
-    ResultSignal<Text> getPanelVersion{"GetPanelVersionResult", {"version"}};
-    ResultSignal<Int> burnFuses{"BurnFusesResult", {"code"}};
-    ResultSignal<FuseItems> requestFuseInfo{"RequestFuseInfoResult", {"items"}};
-    ResultSignal<Bytes> getYTSignature{"GetYTSignatureResult", {"signature"}};
-};
-
-const Signals& typedSignals() {
-    static const Signals instance;
-    return instance;
+    return text;
 }
 
-template <typename... Wire, size_t... Index>
-std::tuple<typename Wire::Value...> readArguments(sdbus::MethodCall& call,
-                                                  std::index_sequence<Index...>) {
-    std::tuple<typename Wire::Bus...> bus;
-    // A left fold reads the arguments in their order.
-    (void)(call >> ... >> std::get<Index>(bus));
-    return std::tuple<typename Wire::Value...>(Wire::in(std::get<Index>(bus))...);
+std::vector<std::string> argumentNames(const std::vector<ArgumentInfo>& arguments) {
+    std::vector<std::string> names;
+    for (const ArgumentInfo& argument : arguments) {
+        names.push_back(argument.name);
+    }
+    return names;
+}
+
+// The D-Bus signature of a member's arguments after MsgIds and TransportInfo.
+template <typename... Values>
+std::string signatureOfArguments(const std::vector<ArgumentInfo>& arguments,
+                                 const std::tuple<Values...>*) {
+    std::string signature;
+    size_t index = 0;
+    ((signature += signatureOfValue<Values>(arguments[index++].holds)), ...);
+    return signature;
+}
+
+template <typename Member>
+std::string argumentSignature(const std::vector<ArgumentInfo>& arguments) {
+    return signatureOfArguments(
+        arguments, static_cast<const typename description::Parameters<Member>::Tuple*>(nullptr));
+}
+
+template <typename... Values, size_t... Index>
+std::tuple<Values...> readArguments(sdbus::MethodCall& call,
+                                    const std::vector<ArgumentInfo>& arguments,
+                                    std::index_sequence<Index...>) {
+    // A braced list reads the arguments in their order.
+    return std::tuple<Values...>{readValue<Values>(call, arguments[Index].holds)...};
+}
+
+template <typename... Values>
+std::tuple<Values...> readArguments(sdbus::MethodCall& call,
+                                    const std::vector<ArgumentInfo>& arguments,
+                                    const std::tuple<Values...>*) {
+    return readArguments<Values...>(call, arguments, std::index_sequence_for<Values...>());
 }
 
 // The bytes of text an argument holds; numbers hold none worth counting.
@@ -111,75 +103,47 @@ size_t argumentCount(const Value&) {
 
 // Refuses an argument past the limits; returns the bytes it holds.
 template <typename Value>
-size_t checkedBytes(const Value& value, const std::string& name) {
+size_t checkedBytes(const Value& value, const char* name) {
     const size_t bytes = argumentBytes(value);
     if (bytes > kMaxArgumentBytes) {
-        throw sdbus::Error(kErrorInvalidArgs, "argument '" + name + "' holds " +
+        throw sdbus::Error(kErrorInvalidArgs, std::string("argument '") + name + "' holds " +
                                                   std::to_string(bytes) + " bytes; the limit is " +
                                                   std::to_string(kMaxArgumentBytes));
     }
     if (argumentCount(value) > kMaxFuseItems) {
-        throw sdbus::Error(kErrorInvalidArgs,
-                           "argument '" + name + "' holds " + std::to_string(argumentCount(value)) +
-                               " items; the limit is " + std::to_string(kMaxFuseItems));
+        throw sdbus::Error(kErrorInvalidArgs, std::string("argument '") + name + "' holds " +
+                                                  std::to_string(argumentCount(value)) +
+                                                  " items; the limit is " +
+                                                  std::to_string(kMaxFuseItems));
     }
     return bytes;
 }
 
 // Refuses arguments past the limits, checked in their order; returns the bytes they hold.
 template <typename Values, size_t... Index>
-size_t checkedBytesOf(const Values& values, const std::vector<std::string>& names,
+size_t checkedBytesOf(const Values& values, const std::vector<ArgumentInfo>& arguments,
                       std::index_sequence<Index...>) {
     size_t bytes = 0;
-    ((bytes += checkedBytes(std::get<Index>(values), names[Index])), ...);
+    ((bytes += checkedBytes(std::get<Index>(values), arguments[Index].name)), ...);
     return bytes;
 }
 
-// Admits every call whose arguments are within the limits.
-struct NoCheck {
+// How the bridge runs an operation: on the shared workers, every call whose arguments are within
+// the limits.
+template <auto Member>
+struct MethodPolicy {
+    static constexpr Lane lane = Lane::shared;
     template <typename... Values>
-    void operator()(const sdbus::MethodCall&, const Values&...) const {}
+    static void check(const sdbus::MethodCall&, const Values&...) {}
 };
 
-// Binds an operation to its method: the wire types say how each argument travels and must match
-// the operation's parameters one for one. `check` sees the call and its arguments before it is
-// queued and throws sdbus::Error to refuse it.
-template <typename... Wire, typename... Params, typename Check = NoCheck>
-MethodSpec method(const char* name, std::vector<std::string> names,
-                  int (ServiceInterface::*operation)(frame::MsgIds&, const frame::TransportInfo&,
-                                                     Params...),
-                  const SignalSpec* result = nullptr, Check check = Check(),
-                  Lane lane = Lane::shared) {
-    static_assert(sizeof...(Wire) == sizeof...(Params), "one wire type per parameter");
-    static_assert((std::is_same_v<typename Wire::Value, std::decay_t<Params>> && ...),
-                  "each wire type carries its parameter's type");
-    return MethodSpec{
-        name,
-        names,
-        signatureOf<Wire...>(),
-        result,
-        lane,
-        [operation, names, check](sdbus::MethodCall& call) -> ReadCall {
-            auto values = readArguments<Wire...>(call, std::index_sequence_for<Wire...>());
-            const size_t bytes = checkedBytesOf(values, names, std::index_sequence_for<Wire...>());
-            std::apply([&](const auto&... value) { check(call, value...); }, values);
-            Work work = [operation, values](ServiceInterface& service, frame::MsgIds& msgIds,
-                                            const frame::TransportInfo& transport) {
-                return std::apply(
-                    [&](const auto&... value) {
-                        return (service.*operation)(msgIds, transport, value...);
-                    },
-                    values);
-            };
-            return ReadCall{std::move(work), bytes};
-        }};
-}
-
-// Refuses a capture into a folder where someone other than root and the caller could plant a
-// link where the service writes, or under a name that leaves the folder.
-struct CaptureTargetCheck {
-    void operator()(const sdbus::MethodCall& call, const std::string& path, const std::string& name,
-                    CaptureType_t) const {
+// Captures run on a lane of their own, and only into a folder where nobody but root and the caller
+// could plant a link where the service writes, under a name that stays in the folder.
+template <>
+struct MethodPolicy<&ServiceInterface::cmdCaptureScreen> {
+    static constexpr Lane lane = Lane::capture;
+    static void check(const sdbus::MethodCall& call, const std::string& path,
+                      const std::string& name, CaptureType_t) {
         const std::string unsafe = unsafeCaptureTarget(path, name, call.getCredsUid());
         if (!unsafe.empty()) {
             throw sdbus::Error(kErrorUnsafePath, unsafe);
@@ -187,127 +151,65 @@ struct CaptureTargetCheck {
     }
 };
 
-using SI = ServiceInterface;
-typedef EnumInt<CaptureType_t> CaptureType;
-typedef EnumInt<PowerMode_t> PowerMode;
-
-// Fuses, credentials and the factory manager's devices: HDMI, I2C and the EAROM.
-std::vector<MethodSpec> factoryMethods(const Signals& s) {
-    return {
-        method<Unsigned>("RequestFuseInfo", {"selector"}, &SI::requestFuseInfo, &s.requestFuseInfo),
-        method<FuseItems>("BurnFuses", {"items"}, &SI::burnFuses, &s.burnFuses),
-        method<Int>("ReinitCredentials", {"mode"}, &SI::reinitCredentials, &s.reinitCredentials),
-        method<Text>("ControlHdmi", {"command"}, &SI::controlHdmi, &s.controlHdmi),
-        method<Text>("ControlIic", {"command"}, &SI::controlIic, &s.controlIic),
-        method<Int, Unsigned>("ReadEarom", {"offset", "length"}, &SI::readEarom, &s.readEarom),
-        method<Int, Bytes>("WriteEarom", {"offset", "data"}, &SI::writeEarom, &s.writeEarom),
-        method<>("GetEaromSize", {}, &SI::getEaromSize, &s.getEaromSize),
-    };
-}
-
-// The text-command languages: OPC, GPIO, antenna, shell and UART.
-std::vector<MethodSpec> textCommandMethods(const Signals& s) {
-    return {
-        method<Text>("ControlOpc", {"command"}, &SI::controlOpc, &s.controlOpc),
-        method<Text>("SetGpio", {"command"}, &SI::setGpio, &s.setGpio),
-        method<Text>("GetGpio", {"command"}, &SI::getGpio, &s.getGpio),
-        method<Text>("ControlAntenna", {"command"}, &SI::controlAntenna, &s.controlAntenna),
-        method<Text>("ExecuteZoshell", {"command"}, &SI::executeZoshell, &s.executeZoshell),
-        method<Text, Text>("ControlUart", {"command", "data"}, &SI::controlUart, &s.controlUart),
-    };
-}
-
-// Capture, power, boot settings, the remote control and keypad, LEDs, GPIO and the UART switch.
-std::vector<MethodSpec> setControlMethods(const Signals& s) {
-    return {
-        method<Text, Text, CaptureType>("CmdCaptureScreen", {"path", "name", "type"},
-                                        &SI::cmdCaptureScreen, nullptr, CaptureTargetCheck(),
-                                        Lane::capture),
-        method<PowerMode>("ControlPowerMode", {"mode"}, &SI::controlPowerMode),
-        method<Int>("SetBootEnvDbtable", {"value"}, &SI::setBootEnvDbtable),
-        method<Int>("ControlComEnabled", {"value"}, &SI::controlComEnabled),
-        method<>("RestartSystem", {}, &SI::restartSystem),
-        method<Int>("SetLnbPower", {"value"}, &SI::setLnbPower, &s.setLnbPower),
-        method<Int>("SetRemoteControlCode", {"value"}, &SI::setRemoteControlCode),
-        method<Int>("SetKeypadLock", {"value"}, &SI::setKeypadLock),
-        method<Int>("SetQuentaRCSwitch", {"value"}, &SI::setQuentaRCSwitch),
-        method<Int>("CtrlLedFlicker", {"flag"}, &SI::ctrlLedFlicker),
-        method<Int>("CtrluseCaseShow", {"usecase"}, &SI::ctrluseCaseShow),
-        method<Int>("CtrluseCaseHide", {"usecase"}, &SI::ctrluseCaseHide),
-        method<Int>("CtrlGpioState", {"state"}, &SI::ctrlGpioState),
-        method<Int, Int, Int>("CtrlLedColorState", {"ledColor", "ledStatus", "flashPwm"},
-                              &SI::ctrlLedColorState),
-        method<Int>("CtrlLogoLedGpioStatus", {"status"}, &SI::ctrlLogoLedGpioStatus),
-        method<Int>("ControlUartState", {"value"}, &SI::controlUartState),
-    };
-}
-
-// The OLED panel's maintenance and tuning, the far-field unit, identity and signing, display
-// settings and operating time.
-std::vector<MethodSpec> panelAndIdentityMethods(const Signals& s) {
-    return {
-        // The run's result comes later, as the unsolicited OledMaintResult signal.
-        method<Unsigned>("ControlOledMaint", {"flag"}, &SI::controlOledMaint),
-        // The panel information comes as the unsolicited OledPanelInfoResult signal.
-        method<>("RequestOledPanelInfo", {}, &SI::requestOledPanelInfo),
-        method<Byte>("SetOledLeaEnable", {"enable"}, &SI::setOledLeaEnable, &s.setOledLeaEnable),
-        method<Byte>("SetOledCpcEnable", {"enable"}, &SI::setOledCpcEnable, &s.setOledCpcEnable),
-        method<Text, Text>("ControlFarField", {"command", "data"}, &SI::controlFarField,
-                           &s.controlFarField),
-        method<Int, Text>("RegisterFarFieldCallback", {"id", "name"},
-                          &SI::registerFarFieldCallback),
-        method<Int>("UnregisterFarFieldCallback", {"id"}, &SI::unregisterFarFieldCallback),
-        method<>("GetPanelVersion", {}, &SI::getPanelVersion, &s.getPanelVersion),
-        method<>("GetChipID", {}, &SI::getChipID, &s.getChipID),
-        method<Bytes, Unsigned, Unsigned>("GetYTSignature",
-                                          {"message", "reserved", "signatureLength"},
-                                          &SI::getYTSignature, &s.getYTSignature),
-        method<Int, Int>("SetGpioStatus", {"gpio", "value"}, &SI::setGpioStatus),
-        method<Int, Int>("SetOsdOpacity", {"window", "opacity"}, &SI::setOsdOpacity),
-        method<Int>("GetOsdOpacity", {"window"}, &SI::getOsdOpacity),
-        method<Int>("SetQuietBootFlag", {"flag"}, &SI::setQuietBootFlag),
-        method<Int>("ControlPanelPower", {"off"}, &SI::controlPanelPower),
-        method<>("RequestOptimeInfo", {}, &SI::requestOptimeInfo, &s.requestOptimeInfo),
-        method<>("StartOledAs", {}, &SI::startOledAs),
-        method<Unsigned, Unsigned, Unsigned, Unsigned>(
-            "SaveOledManualGain", {"gain0", "gain1", "gain2", "gain3"}, &SI::saveOledManualGain),
-        method<Unsigned, Unsigned>("SetOledManualGainSetting", {"index", "value"},
-                                   &SI::setOledManualGainSetting),
-        method<Unsigned>("GetOledManualGainSetting", {"index"}, &SI::getOledManualGainSetting),
-        method<Int>("SetOledManualGainEnable", {"enable"}, &SI::setOledManualGainEnable),
-        method<>("GetOledManualGainEnable", {}, &SI::getOledManualGainEnable),
-    };
+// An operation as a method: the bus library checks the call's signature, `read` takes the
+// arguments in the operation's own types and refuses those past the limits or the policy.
+template <auto Member>
+MethodSpec method(const OperationInfo& operation, description::MemberConstant<Member>) {
+    using Policy = MethodPolicy<Member>;
+    using Values = typename description::Parameters<decltype(Member)>::Tuple;
+    const SignalSpec* result = operation.result == nullptr
+                                   ? nullptr
+                                   : &signals()[static_cast<size_t>(operation.result->id)];
+    const OperationInfo* info = &operation;
+    return MethodSpec{
+        info,
+        busName(operation.name),
+        argumentNames(operation.arguments),
+        argumentSignature<decltype(Member)>(operation.arguments),
+        result,
+        Policy::lane,
+        [info](sdbus::MethodCall& call) -> ReadCall {
+            const Values values =
+                readArguments(call, info->arguments, static_cast<const Values*>(nullptr));
+            const size_t bytes = checkedBytesOf(
+                values, info->arguments, std::make_index_sequence<std::tuple_size_v<Values>>());
+            std::apply([&](const auto&... value) { Policy::check(call, value...); }, values);
+            Work work = [values](ServiceInterface& service, frame::MsgIds& msgIds,
+                                 const frame::TransportInfo& transport) {
+                return std::apply(
+                    [&](const auto&... value) {
+                        return (service.*Member)(msgIds, transport, value...);
+                    },
+                    values);
+            };
+            return ReadCall{std::move(work), bytes};
+        }};
 }
 
 }  // namespace
 
-// In the interface's order, which is the order introspection lists them in.
 const std::vector<MethodSpec>& methods() {
     static const std::vector<MethodSpec> table = [] {
-        const Signals& s = typedSignals();
         std::vector<MethodSpec> all;
-        for (const std::vector<MethodSpec>& group :
-             {factoryMethods(s), textCommandMethods(s), setControlMethods(s),
-              panelAndIdentityMethods(s)}) {
-            all.insert(all.end(), group.begin(), group.end());
-        }
+        forEachOperation([&all](const OperationInfo& operation, auto member) {
+            all.push_back(method(operation, member));
+        });
         return all;
     }();
     return table;
 }
 
-const std::vector<const SignalSpec*>& signals() {
-    const Signals& s = typedSignals();
-    static const std::vector<const SignalSpec*> list = {
-        &s.reinitCredentials, &s.controlIic,       &s.writeEarom,      &s.readEarom,
-        &s.getEaromSize,      &s.controlOpc,       &s.setGpio,         &s.getGpio,
-        &s.controlAntenna,    &s.executeZoshell,   &s.controlFarField, &s.oledMaint,
-        &s.setOledLeaEnable,  &s.setOledCpcEnable, &s.getChipID,       &s.requestOptimeInfo,
-        &s.oledError,         &s.controlHdmi,      &s.controlUart,     &s.setLnbPower,
-        &s.oledPanelInfo,     &s.getPanelVersion,  &s.burnFuses,       &s.requestFuseInfo,
-        &s.getYTSignature,
-    };
-    return list;
+const std::vector<SignalSpec>& signals() {
+    static const std::vector<SignalSpec> table = [] {
+        std::vector<SignalSpec> all;
+        forEachCallback([&all](const CallbackInfo& callback, auto member) {
+            all.push_back(
+                SignalSpec{&callback, busName(callback.name), argumentNames(callback.arguments),
+                           argumentSignature<typename decltype(member)::type>(callback.arguments)});
+        });
+        return all;
+    }();
+    return table;
 }
 
 // BridgeClient
@@ -315,116 +217,6 @@ const std::vector<const SignalSpec*>& signals() {
 void BridgeClient::detach() {
     std::unique_lock<std::shared_mutex> lock(m_mutex);
     m_sink = nullptr;
-}
-
-// The service calls this on any of its threads: nothing may escape into it.
-template <typename Signal, typename... Values>
-void BridgeClient::forward(const Signal& signal, const frame::MsgIds& msgIds,
-                           const Values&... values) try {
-    std::shared_lock<std::shared_mutex> lock(m_mutex);
-    if (m_sink != nullptr) {
-        m_sink->onResult(signal, msgIds, signal.writer(values...));
-    }
-}
-DBUS_ENTRY_GUARD()
-
-void BridgeClient::reinitCredentialsResult(frame::MsgIds& msgIds, const frame::TransportInfo&,
-                                           int code) {
-    forward(typedSignals().reinitCredentials, msgIds, code);
-}
-void BridgeClient::controlIicResult(frame::MsgIds& msgIds, const frame::TransportInfo&,
-                                    const std::string& result) {
-    forward(typedSignals().controlIic, msgIds, result);
-}
-void BridgeClient::writeEaromResult(frame::MsgIds& msgIds, const frame::TransportInfo&,
-                                    const std::string& result) {
-    forward(typedSignals().writeEarom, msgIds, result);
-}
-void BridgeClient::readEaromResult(frame::MsgIds& msgIds, const frame::TransportInfo&,
-                                   const std::string& data) {
-    forward(typedSignals().readEarom, msgIds, data);
-}
-void BridgeClient::getEaromSizeResult(frame::MsgIds& msgIds, const frame::TransportInfo&,
-                                      const std::string& size) {
-    forward(typedSignals().getEaromSize, msgIds, size);
-}
-void BridgeClient::controlOpcResult(frame::MsgIds& msgIds, const frame::TransportInfo&,
-                                    const std::string& result) {
-    forward(typedSignals().controlOpc, msgIds, result);
-}
-void BridgeClient::setGpioResult(frame::MsgIds& msgIds, const frame::TransportInfo&,
-                                 const std::string& result) {
-    forward(typedSignals().setGpio, msgIds, result);
-}
-void BridgeClient::getGpioResult(frame::MsgIds& msgIds, const frame::TransportInfo&,
-                                 const std::string& result) {
-    forward(typedSignals().getGpio, msgIds, result);
-}
-void BridgeClient::controlAntennaResult(frame::MsgIds& msgIds, const frame::TransportInfo&,
-                                        const std::string& result) {
-    forward(typedSignals().controlAntenna, msgIds, result);
-}
-void BridgeClient::executeZoshellResult(frame::MsgIds& msgIds, const frame::TransportInfo&,
-                                        const std::string& result) {
-    forward(typedSignals().executeZoshell, msgIds, result);
-}
-void BridgeClient::controlFarFieldResult(frame::MsgIds& msgIds, const frame::TransportInfo&,
-                                         const std::string& result, const std::string& resultData) {
-    forward(typedSignals().controlFarField, msgIds, result, resultData);
-}
-void BridgeClient::oledMaintResult(frame::MsgIds& msgIds, const frame::TransportInfo&, int result) {
-    forward(typedSignals().oledMaint, msgIds, result);
-}
-void BridgeClient::setOledLeaEnableResult(frame::MsgIds& msgIds, const frame::TransportInfo&,
-                                          unsigned char state) {
-    forward(typedSignals().setOledLeaEnable, msgIds, state);
-}
-void BridgeClient::setOledCpcEnableResult(frame::MsgIds& msgIds, const frame::TransportInfo&,
-                                          unsigned char state) {
-    forward(typedSignals().setOledCpcEnable, msgIds, state);
-}
-void BridgeClient::getChipIDResult(frame::MsgIds& msgIds, const frame::TransportInfo&,
-                                   const std::string& chipId) {
-    forward(typedSignals().getChipID, msgIds, chipId);
-}
-void BridgeClient::requestOptimeInfoResult(frame::MsgIds& msgIds, const frame::TransportInfo&,
-                                           const OptimeInfo& info) {
-    forward(typedSignals().requestOptimeInfo, msgIds, info);
-}
-void BridgeClient::oledErrorResult(frame::MsgIds& msgIds, const frame::TransportInfo&,
-                                   int errorMask) {
-    forward(typedSignals().oledError, msgIds, errorMask);
-}
-void BridgeClient::controlHdmiResult(frame::MsgIds& msgIds, const frame::TransportInfo&,
-                                     const std::string& result) {
-    forward(typedSignals().controlHdmi, msgIds, result);
-}
-void BridgeClient::controlUartResult(frame::MsgIds& msgIds, const frame::TransportInfo&,
-                                     const std::string& result, const std::string& resultData) {
-    forward(typedSignals().controlUart, msgIds, result, resultData);
-}
-void BridgeClient::setLnbPowerResult(frame::MsgIds& msgIds, const frame::TransportInfo&,
-                                     int result) {
-    forward(typedSignals().setLnbPower, msgIds, result);
-}
-void BridgeClient::oledPanelInfoResult(frame::MsgIds& msgIds, const frame::TransportInfo&,
-                                       const std::vector<int>& info) {
-    forward(typedSignals().oledPanelInfo, msgIds, info);
-}
-void BridgeClient::getPanelVersionResult(frame::MsgIds& msgIds, const frame::TransportInfo&,
-                                         const std::string& version) {
-    forward(typedSignals().getPanelVersion, msgIds, version);
-}
-void BridgeClient::burnFusesResult(frame::MsgIds& msgIds, const frame::TransportInfo&, int code) {
-    forward(typedSignals().burnFuses, msgIds, code);
-}
-void BridgeClient::requestFuseInfoResult(frame::MsgIds& msgIds, const frame::TransportInfo&,
-                                         const std::vector<fuseitemcontent1_t>& items) {
-    forward(typedSignals().requestFuseInfo, msgIds, items);
-}
-void BridgeClient::getYTSignatureResult(frame::MsgIds& msgIds, const frame::TransportInfo&,
-                                        const std::string& signature) {
-    forward(typedSignals().getYTSignature, msgIds, signature);
 }
 
 }  // namespace dbus
