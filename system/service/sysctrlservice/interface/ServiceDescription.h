@@ -272,8 +272,8 @@ void forEachCallback(Visitor&& visit) {
 
 namespace description {
 
-template <typename Sink>
-class ClientAdapterBase : public ClientInterface {
+template <typename Interface, typename Sink>
+class ClientAdapterBase : public Interface {
   public:
     explicit ClientAdapterBase(Sink& sink) : m_sink(sink) {}
 
@@ -288,8 +288,8 @@ class ClientAdapterBase : public ClientInterface {
     Sink& m_sink;
 };
 
-template <typename Handler>
-class ServiceAdapterBase : public ServiceInterface {
+template <typename Interface, typename Handler>
+class ServiceAdapterBase : public Interface {
   public:
     explicit ServiceAdapterBase(Handler& handler) : m_handler(handler) {}
     int addClient(ClientInterfacePtr client) override { return m_handler.addClient(client); }
@@ -350,12 +350,16 @@ SYSCTRL_SERVICE_OPERATIONS(SYSCTRL_OPERATION_MIXIN)
 #define SYSCTRL_CALLBACK_LINK(callback, args) , CallbackMixin_##callback
 #define SYSCTRL_OPERATION_LINK(operation, access, result, summary, args) \
     , OperationMixin_##operation
-template <typename Sink>
-using ClientAdapter =
-    typename Chain<ClientAdapterBase<Sink> SYSCTRL_CLIENT_CALLBACKS(SYSCTRL_CALLBACK_LINK)>::type;
-template <typename Handler>
-using ServiceAdapter = typename Chain<ServiceAdapterBase<Handler> SYSCTRL_SERVICE_OPERATIONS(
-    SYSCTRL_OPERATION_LINK)>::type;
+// The adapters over an interface that derives from ClientInterface or ServiceInterface: every
+// member the rows name is overridden; what they do not name stays pure.
+template <typename Interface, typename Sink>
+using ClientAdapterOver =
+    typename Chain<ClientAdapterBase<Interface, Sink> SYSCTRL_CLIENT_CALLBACKS(
+        SYSCTRL_CALLBACK_LINK)>::type;
+template <typename Interface, typename Handler>
+using ServiceAdapterOver =
+    typename Chain<ServiceAdapterBase<Interface, Handler> SYSCTRL_SERVICE_OPERATIONS(
+        SYSCTRL_OPERATION_LINK)>::type;
 #undef SYSCTRL_CALLBACK_LINK
 #undef SYSCTRL_OPERATION_LINK
 
@@ -367,14 +371,14 @@ struct AnyHandler;
 // sink.onCallback(const CallbackInfo&, frame::MsgIds&, const frame::TransportInfo&, values...),
 // with the callback's own value types, on the thread the service calls it on.
 template <typename Sink>
-using ClientAdapter = description::ClientAdapter<Sink>;
+using ClientAdapter = description::ClientAdapterOver<ClientInterface, Sink>;
 
 // A ServiceInterface that hands every operation to
 // handler.onCall(const OperationInfo&, member, frame::MsgIds&, const frame::TransportInfo&,
 // values...), where member is the operation's member function, and returns what it returns;
 // addClient and removeClient go to handler.addClient and handler.removeClient.
 template <typename Handler>
-using ServiceAdapter = description::ServiceAdapter<Handler>;
+using ServiceAdapter = description::ServiceAdapterOver<ServiceInterface, Handler>;
 
 // Every operation and callback has a row: an adapter is abstract while one has none, and a row
 // that names a member twice overrides it twice.
