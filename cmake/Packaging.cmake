@@ -61,7 +61,7 @@ if(SYSCTRL_DBUS)
     sysctrl_package(COMPONENT dbus NAME sysctrlservice-dbus DEPENDS service PACKAGE_DEPENDS "dbus"
         DESCRIPTION "System-control service: D-Bus bridge (framework plug-in)
 The plug-in libapp-sysctrl-dbus.so, loaded beside the service, which serves every operation as
-zorbel.lm.sysctrlservice1 on the system bus, with the bus policy that limits the factory and
+zorbel.lm.sysctrlservice2 on the system bus, with the bus policy that limits the factory and
 provisioning operations to root and the sysctrl-factory group.")
 endif()
 

@@ -45,7 +45,6 @@ using Clock = std::chrono::steady_clock;
 using sysctrlservice::dbus::kBusName;
 using sysctrlservice::dbus::kInterface;
 using sysctrlservice::dbus::kObjectPath;
-typedef std::vector<uint8_t> ByteList;
 
 double microsecondsSince(Clock::time_point start) {
     return std::chrono::duration<double, std::micro>(Clock::now() - start).count();
@@ -79,7 +78,7 @@ void callOnce(sdbus::IProxy& proxy, int i) {
             .storeResultsTo(status, state);
         return;
     }
-    ByteList chipId;
+    std::string chipId;
     proxy.callMethod("GetChipID").onInterface(kInterface).storeResultsTo(status, chipId);
 }
 

@@ -373,11 +373,20 @@ TEST_F(BridgeUnderFaults, ArgumentsPastTheSizeLimitsAreRefusedBeforeTheServiceSe
              call("ControlUart").onInterface(kInterface).withArguments(std::string("w"), tooLong);
          },
          "argument 'data' holds 262145 bytes"},
-        {"earom bytes",
+        {"earom data",
          [&] {
-             call("WriteEarom").onInterface(kInterface).withArguments(int32_t{0}, tooManyBytes);
+             call("WriteEarom")
+                 .onInterface(kInterface)
+                 .withArguments(int32_t{0}, std::string(kMaxArgumentBytes + 1, '0'));
          },
          "argument 'data' holds 262145 bytes"},
+        {"signature message",
+         [&] {
+             call("GetYTSignature")
+                 .onInterface(kInterface)
+                 .withArguments(tooManyBytes, uint32_t{0}, uint32_t{4});
+         },
+         "argument 'message' holds 262145 bytes"},
         {"fuse count",
          [&] { call("BurnFuses").onInterface(kInterface).withArguments(tooManyItems); },
          "argument 'items' holds 4097 items; the limit is 4096"},

@@ -74,12 +74,12 @@ TEST_F(BridgeOnBus, MethodsWithAResultReplyWithTheStatusAndTheResult) {
     EXPECT_EQ(status, 0);
     EXPECT_EQ(opcState, "0");
 
-    ByteList chipId;
+    std::string chipId;
     call("GetChipID")
         .onInterface(kInterface)
         .withTimeout(kHangGuard)
         .storeResultsTo(status, chipId);
-    EXPECT_EQ(std::string(chipId.begin(), chipId.end()), "5a4f3a00c0ffee42");
+    EXPECT_EQ(chipId, "5a4f3a00c0ffee42");
 
     sdbus::Struct<uint32_t, uint32_t, uint32_t, uint32_t, uint32_t, std::string> info;
     call("RequestOptimeInfo")
@@ -114,7 +114,7 @@ TEST_F(BridgeOnBus, MethodsWithoutAResultReplyWithTheStatusOnly) {
 TEST_F(BridgeOnBus, NumbersKeepTheirWidthAndSign) {
     startBridge();
     int32_t status = -1;
-    ByteList data;
+    std::string data;
     call("ReadEarom")
         .onInterface(kInterface)
         .withTimeout(kHangGuard)
@@ -129,17 +129,55 @@ TEST_F(BridgeOnBus, AnyByteTextsTravelAsByteArrays) {
     startBridge();
     const ByteList bytes = {0x00, 0xFF, 'a', 0x80};
     int32_t status = -1;
+    ByteList signature;
+    call("GetYTSignature")
+        .onInterface(kInterface)
+        .withTimeout(kHangGuard)
+        .withArguments(bytes, uint32_t{0}, uint32_t{4})
+        .storeResultsTo(status, signature);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(signature.size(), 4u);
+    const sim::PortCall sign = sim().journal().back();
+    EXPECT_EQ(sign.operation, "signMessage");
+    EXPECT_EQ(sign.args[1], sim::textOrHex(std::string("\0\xFF"
+                                                       "a\x80",
+                                                       4)));
+}
+
+// EAROM data is hexadecimal text: it passes as it is, and anything else is refused before the
+// service sees it.
+TEST_F(BridgeOnBus, EaromDataIsHexText) {
+    startBridge();
+    int32_t status = -1;
     std::string result;
     call("WriteEarom")
         .onInterface(kInterface)
         .withTimeout(kHangGuard)
-        .withArguments(int32_t{16}, bytes)
+        .withArguments(int32_t{16}, std::string("00ffA5"))
         .storeResultsTo(status, result);
+    EXPECT_EQ(status, 0);
     const sim::PortCall write = sim().journal().back();
     EXPECT_EQ(write.operation, "writeEaromBlock");
-    EXPECT_EQ(write.args[1], sim::textOrHex(std::string("\0\xFF"
-                                                        "a\x80",
-                                                        4)));
+    EXPECT_EQ(write.args[1], "00ffA5");
+
+    const size_t before = sim().journal().size();
+    for (const std::string& bad : {std::string("0"), std::string("zz"), std::string("00 ff"),
+                                   std::string("\xC3\xA9\xC3\xA9")}) {
+        std::string error = "no error";
+        try {
+            call("WriteEarom")
+                .onInterface(kInterface)
+                .withTimeout(kHangGuard)
+                .withArguments(int32_t{0}, bad);
+        } catch (const sdbus::Error& e) {
+            error = e.getName() + ": " + e.getMessage();
+        }
+        EXPECT_EQ(error,
+                  "org.freedesktop.DBus.Error.InvalidArgs: argument 'data' is not "
+                  "hexadecimal text (two digits a byte)")
+            << bad;
+    }
+    EXPECT_EQ(sim().journal().size(), before);
 }
 
 TEST_F(BridgeOnBus, WrongArgumentTypesGetInvalidArgsAndNeverReachTheService) {
@@ -311,7 +349,7 @@ TEST_F(BridgeOnBus, ManyCallersAtOnceEachGetTheirOwnResults) {
                         .storeResultsTo(status, state);
                     wrong += state == "0" ? 0 : 1;
                 } else {
-                    ByteList chipId;
+                    std::string chipId;
                     own->callMethod("GetChipID")
                         .onInterface(kInterface)
                         .withTimeout(kHangGuard)

@@ -13,7 +13,7 @@ import time
 
 BUS_NAME = "zorbel.lm.sysctrlservice"
 OBJECT_PATH = "/zorbel/lm/sysctrlservice"
-INTERFACE = "zorbel.lm.sysctrlservice1"
+INTERFACE = "zorbel.lm.sysctrlservice2"
 # Only a guard against a hang: every wait ends as soon as its event comes.
 HANG_GUARD = 30
 

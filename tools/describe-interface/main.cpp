@@ -135,7 +135,7 @@ const char kPolicyHead[] =
     "sysctrl-factory\n"
     "     may call every method; the group sysctrl-service may call the reading and tuning "
     "methods (the\n"
-    "     methods whose access annotation in zorbel.lm.sysctrlservice1.xml is \"read\" or "
+    "     methods whose access annotation in zorbel.lm.sysctrlservice2.xml is \"read\" or "
     "\"tune\"); nobody\n"
     "     else may call any. The factory and provisioning signals (fuses, credentials, EAROM "
     "writes,\n"

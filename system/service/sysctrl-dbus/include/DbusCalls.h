@@ -24,7 +24,7 @@ namespace dbus {
 // The names scripts rely on.
 extern const char kBusName[];     // zorbel.lm.sysctrlservice
 extern const char kObjectPath[];  // /zorbel/lm/sysctrlservice
-extern const char kInterface[];   // zorbel.lm.sysctrlservice1
+extern const char kInterface[];   // zorbel.lm.sysctrlservice2
 
 // Error names of the bridge's own answers; the bus library answers wrong argument types with
 // org.freedesktop.DBus.Error.InvalidArgs before the bridge sees the call.
@@ -34,7 +34,7 @@ extern const char kErrorFailed[];              // a negative status and no resul
 extern const char kErrorStopping[];            // the bridge is stopping
 extern const char kErrorBusy[];                // too many calls queued, in all or of this caller
 extern const char kErrorUnsafePath[];          // a capture folder others could plant a link in
-extern const char kErrorInvalidArgs[];         // an argument past a size limit
+extern const char kErrorInvalidArgs[];         // an argument past a size limit, or not hex text
 
 // One callback of ClientInterface as a signal: its name, the names of its arguments after the
 // identifiers and their D-Bus signature.
@@ -56,7 +56,8 @@ typedef std::function<int(ServiceInterface& service, frame::MsgIds& msgIds,
 // What a call may carry, checked when it is read, before it is queued; past a limit the call is
 // answered org.freedesktop.DBus.Error.InvalidArgs with a message that names the limit. Each text
 // or byte-array argument, and a list of fuse items (names and values together), may hold at most
-// kMaxArgumentBytes; a list of fuse items at most kMaxFuseItems items.
+// kMaxArgumentBytes; a list of fuse items at most kMaxFuseItems items. A text that holds
+// hexadecimal digits (EAROM data) must hold only those, two a byte.
 constexpr size_t kMaxArgumentBytes = 256 * 1024;
 constexpr size_t kMaxFuseItems = 4096;
 

@@ -127,8 +127,8 @@ struct WireOf<OptimeInfo> {
     using type = Optime;
 };
 
-// Calls use(Wire()) with the wire type of a value: text travels as Text or as Bytes, by what the
-// argument holds.
+// Calls use(Wire()) with the wire type of a value: raw bytes travel as Bytes, text and hexadecimal
+// text as Text.
 template <typename Value, typename Use>
 decltype(auto) withWire(Holds holds, Use&& use) {
     if constexpr (std::is_same_v<Value, std::string>) {

@@ -1,6 +1,7 @@
 // The remote interface as D-Bus methods and signals, derived from its description.
 #include "DbusCalls.h"
 
+#include <algorithm>
 #include <cctype>
 #include <memory>
 #include <mutex>
@@ -17,14 +18,14 @@ namespace dbus {
 
 const char kBusName[] = "zorbel.lm.sysctrlservice";
 const char kObjectPath[] = "/zorbel/lm/sysctrlservice";
-const char kInterface[] = "zorbel.lm.sysctrlservice1";
+const char kInterface[] = "zorbel.lm.sysctrlservice2";
 
-const char kErrorServiceUnavailable[] = "zorbel.lm.sysctrlservice1.Error.ServiceUnavailable";
-const char kErrorTimeout[] = "zorbel.lm.sysctrlservice1.Error.Timeout";
-const char kErrorFailed[] = "zorbel.lm.sysctrlservice1.Error.Failed";
-const char kErrorStopping[] = "zorbel.lm.sysctrlservice1.Error.Stopping";
-const char kErrorBusy[] = "zorbel.lm.sysctrlservice1.Error.Busy";
-const char kErrorUnsafePath[] = "zorbel.lm.sysctrlservice1.Error.UnsafePath";
+const char kErrorServiceUnavailable[] = "zorbel.lm.sysctrlservice2.Error.ServiceUnavailable";
+const char kErrorTimeout[] = "zorbel.lm.sysctrlservice2.Error.Timeout";
+const char kErrorFailed[] = "zorbel.lm.sysctrlservice2.Error.Failed";
+const char kErrorStopping[] = "zorbel.lm.sysctrlservice2.Error.Stopping";
+const char kErrorBusy[] = "zorbel.lm.sysctrlservice2.Error.Busy";
+const char kErrorUnsafePath[] = "zorbel.lm.sysctrlservice2.Error.UnsafePath";
 const char kErrorInvalidArgs[] = "org.freedesktop.DBus.Error.InvalidArgs";
 
 namespace {
@@ -101,30 +102,48 @@ size_t argumentCount(const Value&) {
     return 0;
 }
 
-// Refuses an argument past the limits; returns the bytes it holds.
+bool isHexText(const std::string& text) {
+    return text.size() % 2 == 0 && std::all_of(text.begin(), text.end(), [](char c) {
+               return std::isxdigit(static_cast<unsigned char>(c)) != 0;
+           });
+}
+
+// Refuses a text that should be hexadecimal and is not.
+void checkForm(const std::string& value, const ArgumentInfo& argument) {
+    if (argument.holds == Holds::hex && !isHexText(value)) {
+        throw sdbus::Error(kErrorInvalidArgs, std::string("argument '") + argument.name +
+                                                  "' is not hexadecimal text (two digits a byte)");
+    }
+}
 template <typename Value>
-size_t checkedBytes(const Value& value, const char* name) {
+void checkForm(const Value&, const ArgumentInfo&) {}
+
+// Refuses an argument past the limits or of the wrong form; returns the bytes it holds.
+template <typename Value>
+size_t checkedBytes(const Value& value, const ArgumentInfo& argument) {
+    const std::string name = argument.name;
     const size_t bytes = argumentBytes(value);
     if (bytes > kMaxArgumentBytes) {
-        throw sdbus::Error(kErrorInvalidArgs, std::string("argument '") + name + "' holds " +
+        throw sdbus::Error(kErrorInvalidArgs, "argument '" + name + "' holds " +
                                                   std::to_string(bytes) + " bytes; the limit is " +
                                                   std::to_string(kMaxArgumentBytes));
     }
     if (argumentCount(value) > kMaxFuseItems) {
-        throw sdbus::Error(kErrorInvalidArgs, std::string("argument '") + name + "' holds " +
-                                                  std::to_string(argumentCount(value)) +
-                                                  " items; the limit is " +
-                                                  std::to_string(kMaxFuseItems));
+        throw sdbus::Error(kErrorInvalidArgs,
+                           "argument '" + name + "' holds " + std::to_string(argumentCount(value)) +
+                               " items; the limit is " + std::to_string(kMaxFuseItems));
     }
+    checkForm(value, argument);
     return bytes;
 }
 
-// Refuses arguments past the limits, checked in their order; returns the bytes they hold.
+// Refuses arguments past the limits or of the wrong form, checked in their order; returns the
+// bytes they hold.
 template <typename Values, size_t... Index>
 size_t checkedBytesOf(const Values& values, const std::vector<ArgumentInfo>& arguments,
                       std::index_sequence<Index...>) {
     size_t bytes = 0;
-    ((bytes += checkedBytes(std::get<Index>(values), arguments[Index].name)), ...);
+    ((bytes += checkedBytes(std::get<Index>(values), arguments[Index])), ...);
     return bytes;
 }
 

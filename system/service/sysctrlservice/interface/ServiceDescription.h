@@ -27,8 +27,9 @@ namespace sysctrlservice {
 // (fuses, credentials, EAROM, signing) or the whole set.
 enum class Access { read, tune, control, factory };
 
-// What a string argument holds: text, or raw bytes that a bus must carry as they are.
-enum class Holds { text, bytes };
+// What a string argument holds: text; hexadecimal digits, two a byte; or raw bytes that a bus must
+// carry as they are.
+enum class Holds { text, hex, bytes };
 
 struct ArgumentInfo {
     constexpr ArgumentInfo(const char* argName, Holds argHolds = Holds::text)
@@ -43,7 +44,7 @@ struct ArgumentInfo {
     CB(reinitCredentialsResult, ("code"))               \
     CB(controlIicResult, ("result"))                    \
     CB(writeEaromResult, ("result"))                    \
-    CB(readEaromResult, ({"data", Holds::bytes}))       \
+    CB(readEaromResult, ({"data", Holds::hex}))         \
     CB(getEaromSizeResult, ("size"))                    \
     CB(controlOpcResult, ("result"))                    \
     CB(setGpioResult, ("result"))                       \
@@ -54,7 +55,7 @@ struct ArgumentInfo {
     CB(oledMaintResult, ("result"))                     \
     CB(setOledLeaEnableResult, ("state"))               \
     CB(setOledCpcEnableResult, ("state"))               \
-    CB(getChipIDResult, ({"chipId", Holds::bytes}))     \
+    CB(getChipIDResult, ("chipId"))                     \
     CB(requestOptimeInfoResult, ("info"))               \
     CB(oledErrorResult, ("errorMask"))                  \
     CB(controlHdmiResult, ("result"))                   \
@@ -79,11 +80,11 @@ struct ArgumentInfo {
     OP(controlIic, control, controlIicResult, "runs an I2C command", ("command"))                 \
     OP(readEarom, read, readEaromResult, "reads EAROM data", ("offset", "length"))                \
     OP(writeEarom, factory, writeEaromResult, "writes EAROM data",                                \
-       ("offset", {"data", Holds::bytes}))                                                        \
+       ("offset", {"data", Holds::hex}))                                                          \
     OP(getEaromSize, read, getEaromSizeResult, "reads the EAROM's size", ())                      \
     OP(controlOpc, tune, controlOpcResult, "runs an OPC command", ("command"))                    \
     OP(setGpio, control, setGpioResult, "runs a GPIO, I2C, HDMI or shell command", ("command"))   \
-    OP(getGpio, read, getGpioResult, "runs a GPIO, I2C, HDMI or shell command", ("command"))      \
+    OP(getGpio, control, getGpioResult, "runs a GPIO, I2C, HDMI or shell command", ("command"))   \
     OP(controlAntenna, control, controlAntennaResult, "runs an antenna command", ("command"))     \
     OP(executeZoshell, factory, executeZoshellResult, "runs a shell command", ("command"))        \
     OP(controlUart, control, controlUartResult, "runs a UART command", ("command", "data"))       \
@@ -105,7 +106,7 @@ struct ArgumentInfo {
        ("ledColor", "ledStatus", "flashPwm"))                                                     \
     OP(ctrlLogoLedGpioStatus, control, none, "turns the logo LED on or off", ("status"))          \
     OP(controlUartState, control, none, "sets the UART state", ("value"))                         \
-    OP(controlOledMaint, tune, none, "starts an OLED maintenance run, reported when it ends",     \
+    OP(controlOledMaint, control, none, "starts an OLED maintenance run, reported when it ends",  \
        ("flag"))                                                                                  \
     OP(requestOledPanelInfo, read, none, "asks for oledPanelInfoResult, sent unsolicited", ())    \
     OP(setOledLeaEnable, tune, setOledLeaEnableResult, "sets LEA, reads its state back",          \
