@@ -138,6 +138,7 @@ sysctrl_install_binaries(COMPONENT platform DESTINATION ${CMAKE_INSTALL_LIBDIR}
 
 # The desk host and its manual page.
 sysctrl_install_binaries(COMPONENT deskhost DESTINATION ${CMAKE_INSTALL_BINDIR} TARGETS sysctrl-sim)
+# The page names the plug-ins' folder as the packages install it, under /usr.
 set(SYSCTRL_MAN_PLUGIN_DIR "/usr/${SYSCTRL_PLUGIN_DIR}")
 if(IS_ABSOLUTE "${SYSCTRL_PLUGIN_DIR}")
     set(SYSCTRL_MAN_PLUGIN_DIR "${SYSCTRL_PLUGIN_DIR}")
