@@ -124,7 +124,7 @@ set(dev_components dev)
 set(dev_depends)
 set(dev_package_depends "libboost-dev (>= 1.74)")
 if(NOT CMAKE_CROSSCOMPILING)
-    # The runtime's shared-library file names come from the library itself.
+    # The runtime's package is named after its SONAME, which the library target sets.
     get_target_property(platform_soversion zoplatform SOVERSION)
     set(SYSCTRL_PLATFORM_PACKAGE libzoplatform${platform_soversion})
     configure_file(${SYSCTRL_DEB_DIR}/libzoplatform/shlibs.in ${PROJECT_BINARY_DIR}/deb/shlibs @ONLY)
