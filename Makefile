@@ -1,6 +1,6 @@
 # Quick start: `make demo` runs the desk host's demo, `make test` runs every test.
 # `make test-arm` builds and tests for armhf and arm64 under qemu-user; `make package` and
-# `make package-arm` build the Debian packages (build*/packages/).
+# `make package-arm` build the Debian packages (build*/packages/) and check them with lintian.
 PRESET ?= default
 BUILD_DIR := build
 ARM_PRESETS := armhf arm64
@@ -35,8 +35,16 @@ test: build
 bench: build
 	@$(BUILD_DIR)/bin/sysctrl-bench
 
+# The packages of one build folder, made afresh (lintian checks every .deb in the folder), then
+# checked: any lintian error or warning fails.
+define make-packages
+	@rm -rf $(1)/packages
+	@cpack --config $(1)/CPackConfig.cmake
+	@./scripts/check-packages.sh $(1)/packages
+endef
+
 package: build
-	@cpack --config $(BUILD_DIR)/CPackConfig.cmake
+	$(call make-packages,$(BUILD_DIR))
 
 # One ARM target: configure (the sysroot is made on the first run), build, then test or package.
 arm-%: deps-arm
@@ -47,7 +55,7 @@ test-arm-%: arm-%
 	@ctest --preset $*
 
 package-arm-%: arm-%
-	@cpack --config build-$*/CPackConfig.cmake
+	$(call make-packages,build-$*)
 
 test-arm: $(addprefix test-arm-,$(ARM_PRESETS))
 

@@ -8,6 +8,8 @@ packages="cmake ninja-build g++ make pkg-config libboost-dev libpng-dev libgtest
 libbenchmark-dev nlohmann-json3-dev pngcheck coreutils dpkg-dev file \
 libsdbus-c++-dev libsdbus-c++-bin dbus libglib2.0-bin python3 python3-dbus util-linux \
 clang libclang-rt-14-dev"
+# lintian checks the Debian packages `make package` and the test package.lintian build.
+packages="$packages lintian"
 if [ "${1:-}" = --arm ]; then
     packages="$packages g++-arm-linux-gnueabihf g++-aarch64-linux-gnu qemu-user"
 fi

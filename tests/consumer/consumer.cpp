@@ -2,13 +2,16 @@
 // the way the framework does, on the simulated set, and asks it for one result.
 // Usage: consumer PLUGIN. Exits 0 when the service answered through a registered client.
 #include <dlfcn.h>
+#include <stdlib.h>
 
+#include <filesystem>
 #include <iostream>
 
-#include "ServiceInterface.h"
 #include "RecordingClient.h"
+#include "ServiceInterface.h"
 #include "frame/AbstractApplication.h"
 #include "sim/SimSet.h"
+#include "zo/host/Host.h"
 
 namespace {
 
@@ -17,12 +20,38 @@ int fail(const std::string& what) {
     return 1;
 }
 
+// A fresh folder that stands for the set's file system while it lives: the service's fixed paths
+// (/var/tvservice/...) are mapped under it instead of the machine's own.
+struct FileSystemRoot {
+    std::string path;
+
+    FileSystemRoot() {
+        char pattern[] = "/tmp/consumer.XXXXXX";
+        if (mkdtemp(pattern) != nullptr) {
+            path = pattern;
+            std::filesystem::create_directories(path + "/var/tvservice");
+            zo::host::setFileSystemRoot(path);
+        }
+    }
+    ~FileSystemRoot() {
+        zo::host::setFileSystemRoot("");
+        std::error_code ignored;
+        std::filesystem::remove_all(path, ignored);
+    }
+};
+
 }  // namespace
 
 int main(int argc, char** argv) {
     if (argc != 2) {
         return fail("usage: consumer PLUGIN");
     }
+    FileSystemRoot root;
+    if (root.path.empty()) {
+        return fail("no folder for the file-system root");
+    }
+    // The simulated set registers the Pier that the service looks up at setup: it must exist
+    // before setupDone.
     sim::SimSet set;
     void* library = dlopen(argv[1], RTLD_NOW | RTLD_LOCAL);
     if (library == nullptr) {
@@ -33,7 +62,11 @@ int main(int argc, char** argv) {
     if (entry == nullptr) {
         return fail("no frameCreateApplicationArray");
     }
+    // The array is the caller's, made with new[]; the application is deleted on its own.
     frame::AbstractApplication** applications = entry();
+    if (applications == nullptr || applications[0] == nullptr) {
+        return fail("frameCreateApplicationArray made no application");
+    }
     frame::AbstractApplication* application = applications[0];
     delete[] applications;
     if (application->setupDone() != 0 || application->start() != 0) {
