@@ -3,9 +3,10 @@
 set -eu
 sim=$1
 doc=$2
-documented=$(mktemp)
-described=$(mktemp)
+documented=$(mktemp -t sysctrl-sim-doc.XXXXXX)
+described=$(mktemp -t sysctrl-sim-doc.XXXXXX)
 trap 'rm -f "$documented" "$described"' EXIT
+trap 'exit 1' HUP INT TERM
 sed -n '/^<!-- describe:begin -->$/,/^<!-- describe:end -->$/p' "$doc" | sed '1d;$d' > "$documented"
 "$sim" --describe > "$described"
 diff -u "$documented" "$described" || {
