@@ -160,6 +160,10 @@ int readOptions(int argc, char** argv, Options& options) {
             options.root = argv[++i];
         } else if (arg == "--dbus" && hasValue) {
             options.bus = argv[++i];
+            if (!desk::isBusName(options.bus)) {
+                std::cerr << "sysctrl-sim: " << desk::badBusMessage(options.bus);
+                return 2;
+            }
         } else if (arg == "--bridge" && hasValue) {
             options.bridge = argv[++i];
         } else if (arg == "--json") {
