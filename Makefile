@@ -27,6 +27,8 @@ DEMO_ROOT := $(BUILD_DIR)/demo
 demo: build
 	@rm -rf $(DEMO_ROOT)
 	@$(BUILD_DIR)/bin/sysctrl-sim --root $(DEMO_ROOT) --log-level 3000 tools/sysctrl-sim/demo/*.sim
+	@echo "The demo ran to its end. Its lines with \"failed\", \"Error\" or \"ERROR\" are expected:"
+	@echo "steps that fail on purpose, each announced by a \"# ---\" line before it that says \"expected\"."
 	@echo "The demo's test card capture is in $(DEMO_ROOT)/pictures/ (testcard.png)."
 
 test: build
