@@ -1,11 +1,13 @@
 # Quick start: `make demo` runs the desk host's demo, `make test` runs every test.
 # `make test-arm` builds and tests for armhf and arm64 under qemu-user; `make package` and
-# `make package-arm` build the Debian packages (build*/packages/).
+# `make package-arm` build the Debian packages (build*/packages/). `make test-fresh` checks the
+# quick start on a fresh minimal Debian 12 root, as root and as a user (scripts/test-fresh-root.sh).
 PRESET ?= default
 BUILD_DIR := build
 ARM_PRESETS := armhf arm64
 
-.PHONY: all deps deps-arm configure build demo test bench package test-arm package-arm format clean
+.PHONY: all deps deps-arm configure build demo test test-fresh bench package test-arm package-arm \
+	format clean
 
 all: build
 
@@ -33,6 +35,9 @@ demo: build
 
 test: build
 	@ctest --preset $(PRESET)
+
+test-fresh:
+	@./scripts/test-fresh-root.sh
 
 bench: build
 	@$(BUILD_DIR)/bin/sysctrl-bench

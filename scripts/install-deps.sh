@@ -1,9 +1,9 @@
 #!/bin/sh
 # Installs the Debian packages the project builds, tests and packages with; does nothing when all
 # are there. With --arm, also the cross compilers and qemu-user for the armhf and arm64 builds
-# (their target libraries come from scripts/make-sysroot.sh). The bus tests call busctl (in
-# systemd, which installs as a package without running) and, for a user who is not root, newuidmap
-# (uidmap).
+# (their target libraries come from scripts/make-sysroot.sh); with --fresh-root, only debootstrap,
+# for scripts/test-fresh-root.sh. The bus tests call busctl (in systemd, which installs as a package
+# without running) and, for a user who is not root, newuidmap (uidmap).
 set -eu
 
 packages="cmake ninja-build g++ make pkg-config libboost-dev libpng-dev libgtest-dev libgmock-dev \
@@ -12,6 +12,8 @@ libsdbus-c++-dev libsdbus-c++-bin dbus libglib2.0-bin python3 python3-dbus util-
 systemd uidmap clang libclang-rt-14-dev"
 if [ "${1:-}" = --arm ]; then
     packages="$packages g++-arm-linux-gnueabihf g++-aarch64-linux-gnu qemu-user"
+elif [ "${1:-}" = --fresh-root ]; then
+    packages="debootstrap"
 fi
 
 missing=""
