@@ -11,7 +11,7 @@
 #
 # Runs as root (or through sudo -n). The root's processes run in a PID and mount namespace of
 # their own: whatever happens, they all end with this script and the root's mounts (/proc, /dev,
-# /sys) go with them; they are never the machine's. /sys is mounted without its cgroup mounts, as in
+# a /dev/shm of its own, /sys) go with them; they are never the machine's. /sys is mounted without its cgroup mounts, as in
 # a plain chroot. The root is entered with pivot_root rather than chroot, so that user namespaces
 # (the bus policy test as a user) work in it as on a machine.
 set -euo pipefail
@@ -87,6 +87,7 @@ unshare --mount --pid --fork --kill-child --propagation private -- /bin/bash -c 
     mount --bind "$root" "$root"
     mount -t proc proc "$root/proc"
     mount --rbind /dev "$root/dev"
+    mount -t tmpfs -o mode=1777 tmpfs "$root/dev/shm"
     mount --bind /sys "$root/sys"
     cd "$root"
     mkdir -p .machine
