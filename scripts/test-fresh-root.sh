@@ -29,8 +29,8 @@ fi
 "$here/scripts/install-deps.sh" --fresh-root
 
 # The machine's Debian mirror: the first bookworm source in its apt sources (one-line or deb822).
-mirror=$(cat /etc/apt/sources.list /etc/apt/sources.list.d/*.list /etc/apt/sources.list.d/*.sources \
-    2>/dev/null | awk '
+mirror=$({ cat /etc/apt/sources.list /etc/apt/sources.list.d/*.list \
+    /etc/apt/sources.list.d/*.sources 2>/dev/null || true; } | awk '
     /^deb / && $3 == "bookworm" { print $2; exit }
     /^URIs:/ { uri = $2 }
     /^Suites:/ && / bookworm( |$)/ && uri != "" { print uri; exit }
