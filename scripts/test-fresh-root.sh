@@ -47,9 +47,25 @@ root=$work/root
 log=$work/log
 mkdir -p "$log"
 
+# Each long step runs in the background and is waited for, so that a signal is handled at once.
+# Killing its unshare (which ignores SIGTERM while its child runs) ends every process in its
+# namespaces: the first gets SIGKILL when unshare goes (--kill-child), and the others with it.
+runner=""
+run() {
+    local status=0
+    "$@" &
+    runner=$!
+    wait "$runner" || status=$?
+    runner=""
+    return "$status"
+}
+
 cleanup() {
     status=$?
-    # The namespaces' processes are gone with their first process (unshare --kill-child).
+    if [ -n "$runner" ]; then
+        kill -KILL "$runner" 2>/dev/null || true
+        wait "$runner" 2>/dev/null || true
+    fi
     if [ "$keep" = 1 ]; then
         echo "The root is kept in $root; logs in $log."
     else
@@ -61,8 +77,9 @@ trap cleanup EXIT
 trap 'exit 1' HUP INT TERM
 
 echo "Building a minimal Debian 12 root in $root from $mirror"
-# In a mount namespace, so that the mounts debootstrap makes in the root never reach the machine.
-unshare --mount --kill-child -- debootstrap --variant=minbase bookworm "$root" "$mirror" \
+# In namespaces of its own, so that the mounts debootstrap makes in the root never reach the
+# machine, and none of its processes outlives it.
+run unshare --mount --pid --fork --kill-child -- debootstrap --variant=minbase bookworm "$root" "$mirror" \
     > "$log/debootstrap.log" 2>&1 || {
     tail -20 "$log/debootstrap.log"
     exit 1
@@ -81,7 +98,8 @@ fi
 cp "$here/scripts/fresh-root-steps.sh" "$root/root/fresh-root-steps.sh"
 
 # Enters the root and runs the steps there, pid 1 of a PID namespace of its own.
-unshare --mount --pid --fork --kill-child --propagation private -- /bin/bash -c '
+set +e
+run unshare --mount --pid --fork --kill-child --propagation private -- /bin/bash -c '
     set -eu
     root=$1
     mount --bind "$root" "$root"
@@ -97,7 +115,8 @@ unshare --mount --pid --fork --kill-child --propagation private -- /bin/bash -c 
     rmdir /.machine
     exec /usr/bin/env -i PATH=/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin \
         HOME=/root LANG=C.UTF-8 /bin/bash /root/fresh-root-steps.sh
-' enter "$root" 2>&1 | tee "$log/steps.log"
-status=${PIPESTATUS[0]}
+' enter "$root" > >(tee "$log/steps.log") 2>&1
+status=$?
+set -e
 cp "$root/root/figures.txt" "$log/figures.txt" 2>/dev/null || true
 exit "$status"
