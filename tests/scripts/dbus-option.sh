@@ -42,8 +42,10 @@ expect 1 "--dbus session" 'there is no session bus: DBUS_SESSION_BUS_ADDRESS is 
 environment="-u DBUS_SESSION_BUS_ADDRESS XDG_RUNTIME_DIR=$work"
 expect 1 "--dbus session" "there is no $work/bus" 'dbus-run-session'
 
-# A bus address where no bus listens: the bridge's own reason, though the log shows nothing.
-environment=""
+# A bus address where no bus listens: the bridge's own reason, though the log shows nothing. The
+# bus library (sdbus-c++ 1.2) keeps the bus object of a connection that failed to start, which a
+# leak check would report, so leaks are not checked for this run alone.
+environment="ASAN_OPTIONS=${ASAN_OPTIONS:-}:detect_leaks=0"
 expect 1 "--log-level 0 --only echo --dbus unix:path=$work/none" \
     "sysctrl-sim: the bridge did not start: Cannot serve on the unix:path=$work/none bus:"
 if grep -q . "$work/out"; then
