@@ -99,7 +99,9 @@ def in_user_namespace(sim, xml_path, policy_path):
         stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True,
         preexec_fn=simbus._die_with_parent)
     try:
-        child.stdout.readline()
+        if not child.stdout.readline():
+            raise simbus.SetupError("unshare --user failed (its message is above): this machine "
+                                    "lets no user make a user namespace")
         for tool, own, start in (("newuidmap", os.getuid(), uid_start),
                                  ("newgidmap", os.getgid(), gid_start)):
             mapped = subprocess.run([tool, str(child.pid), "0", str(own), "1", "1", str(start),
