@@ -1,11 +1,14 @@
 # Quick start: `make demo` runs the desk host's demo, `make test` runs every test.
 # `make test-arm` builds and tests for armhf and arm64 under qemu-user; `make package` and
 # `make package-arm` build the Debian packages (build*/packages/) and check them with lintian.
+# `make test-fresh` checks the quick start on a fresh minimal Debian 12 root, as root and as a user
+# (scripts/test-fresh-root.sh).
 PRESET ?= default
 BUILD_DIR := build
 ARM_PRESETS := armhf arm64
 
-.PHONY: all deps deps-arm configure build demo test bench package test-arm package-arm format clean
+.PHONY: all deps deps-arm configure build demo test test-fresh bench package test-arm package-arm \
+	format clean
 
 all: build
 
@@ -27,10 +30,15 @@ DEMO_ROOT := $(BUILD_DIR)/demo
 demo: build
 	@rm -rf $(DEMO_ROOT)
 	@$(BUILD_DIR)/bin/sysctrl-sim --root $(DEMO_ROOT) --log-level 3000 tools/sysctrl-sim/demo/*.sim
+	@echo "The demo ran to its end. Its lines with \"failed\", \"Error\" or \"ERROR\" are expected:"
+	@echo "steps that fail on purpose, each announced by a \"# ---\" line before it that says \"expected\"."
 	@echo "The demo's test card capture is in $(DEMO_ROOT)/pictures/ (testcard.png)."
 
 test: build
 	@ctest --preset $(PRESET)
+
+test-fresh:
+	@./scripts/test-fresh-root.sh
 
 bench: build
 	@$(BUILD_DIR)/bin/sysctrl-bench

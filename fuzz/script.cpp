@@ -22,6 +22,8 @@ struct ScriptFuzz {
     ScriptFuzz() : root(sysctrlfuzz::makeFuzzRoot("sysctrl-fuzz-script")), printer(true, {"none"}) {
         if (root.empty() || dlopen(SYSCTRL_PLUGIN_PATH, RTLD_NOW) == nullptr) {
             std::fputs("fuzz: no root or no plug-in\n", stderr);
+            // abort() runs no exit handler: the root would stay behind.
+            sysctrlfuzz::removeFuzzRoots();
             abort();
         }
         zo::host::setFileSystemRoot(root);

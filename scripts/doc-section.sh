@@ -5,8 +5,9 @@
 set -eu
 doc=$1
 name=$2
-content=$(mktemp)
+content=$(mktemp -t sysctrl-doc-section.XXXXXX)
 trap 'rm -f "$content"' EXIT
+trap 'exit 1' HUP INT TERM
 cat > "$content"
 grep -qx "<!-- $name:begin -->" "$doc" || { echo "$doc has no section $name" >&2; exit 1; }
 awk -v begin="<!-- $name:begin -->" -v end="<!-- $name:end -->" -v content="$content" '

@@ -24,13 +24,18 @@ inline void removeFuzzRoots() {
 }
 
 // A fresh folder for a target's file-system root, removed at exit; empty when none could be made.
-// On /dev/shm where there is one, so that the files a target writes for every input cost no disk
-// write (nor, for a writer that syncs, a wait for the disk).
+// In $TMPDIR when it is set (the test suite sets its own), else on /dev/shm where there is one, so
+// that the files a target writes for every input cost no disk write (nor, for a writer that syncs,
+// a wait for the disk), else in /tmp.
 inline std::string makeFuzzRoot(const char* prefix) {
     std::error_code ignored;
-    const bool memory =
-        std::filesystem::is_directory("/dev/shm", ignored) && access("/dev/shm", W_OK) == 0;
-    std::string pattern = std::string(memory ? "/dev/shm/" : "/tmp/") + prefix + ".XXXXXX";
+    const char* chosen = getenv("TMPDIR");
+    if (chosen == nullptr || *chosen == '\0') {
+        const bool memory =
+            std::filesystem::is_directory("/dev/shm", ignored) && access("/dev/shm", W_OK) == 0;
+        chosen = memory ? "/dev/shm" : "/tmp";
+    }
+    std::string pattern = std::string(chosen) + "/" + prefix + ".XXXXXX";
     if (mkdtemp(&pattern[0]) == nullptr) {
         return std::string();
     }

@@ -18,6 +18,7 @@
 #include "CaptureTarget.h"
 #include "DbusLog.h"
 #include "DbusWire.h"
+#include "TempFolder.h"
 
 namespace sysctrltest {
 namespace {
@@ -559,9 +560,8 @@ TEST(BridgeErrors, EveryNameIsTheDocumentedOne) {
 
 // The rules, folder by folder, for this test's user as the caller.
 TEST(CaptureTarget, RefusesWhatOthersCouldRedirect) {
-    char pattern[] = "/tmp/sysctrl-target.XXXXXX";
-    ASSERT_NE(mkdtemp(pattern), nullptr);
-    const std::string root = pattern;
+    const std::string root = sysctrltest::makeTemporaryFolder("target");
+    ASSERT_FALSE(root.empty());
     struct RemoveAtEnd {
         std::string path;
         ~RemoveAtEnd() {

@@ -10,14 +10,15 @@
 #include <filesystem>
 #include <fstream>
 
+#include "../support/TempFolder.h"
+
 namespace sysctrltest {
 
 PrivateBus::PrivateBus() {
-    char pattern[] = "/tmp/sysctrl-bus.XXXXXX";
-    if (mkdtemp(pattern) == nullptr) {
+    m_directory = makeTemporaryFolder("bus");
+    if (m_directory.empty()) {
         return;
     }
-    m_directory = pattern;
     const std::string config = m_directory + "/bus.conf";
     std::ofstream(config) << "<!DOCTYPE busconfig PUBLIC \"-//freedesktop//DTD D-Bus Bus "
                              "Configuration 1.0//EN\"\n"

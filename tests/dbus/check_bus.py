@@ -22,6 +22,7 @@ def members(root):
 
 
 def main(sim, xml_path):
+    simbus.require("busctl")
     failures = []
     bus = simbus.SimOnBus(sim)
     try:
@@ -67,4 +68,4 @@ def main(sim, xml_path):
 
 
 if __name__ == "__main__":
-    sys.exit(main(sys.argv[1], sys.argv[2]))
+    simbus.run(main, sys.argv[1], sys.argv[2])

@@ -30,6 +30,10 @@ def examples(markdown):
 def main(sim, doc):
     failures = []
     cases = examples(open(doc).read())
+    simbus.require("bash", "busctl", "gdbus")
+    if subprocess.run([PYTHON, "-c", "import dbus"], capture_output=True).returncode != 0:
+        raise simbus.SetupError("%s cannot import dbus: install python3-dbus "
+                                "(scripts/install-deps.sh does)" % PYTHON)
     bus = simbus.SimOnBus(sim)
     try:
         for kind, code, expected in cases:
@@ -47,4 +51,4 @@ def main(sim, doc):
 
 
 if __name__ == "__main__":
-    sys.exit(main(sys.argv[1], sys.argv[2]))
+    simbus.run(main, sys.argv[1], sys.argv[2])

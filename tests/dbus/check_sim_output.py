@@ -9,7 +9,6 @@ import queue
 import shutil
 import subprocess
 import sys
-import tempfile
 import threading
 import time
 
@@ -52,7 +51,7 @@ def main(sim):
         print("this test needs /dev/full")
         return 1
     failures = []
-    root = tempfile.mkdtemp(prefix="sysctrl-output.")
+    root = simbus.temporary_folder("output")
     captures = os.path.join(root, "captures")
     os.mkdir(captures)
     os.symlink("/dev/full", os.path.join(captures, "temp.png"))
@@ -60,8 +59,12 @@ def main(sim):
     # memory (the set's service does the same); leak checking stays on in every other test.
     if "ASAN_OPTIONS" in os.environ:
         os.environ["ASAN_OPTIONS"] += ":detect_leaks=0"
-    bus = simbus.SimOnBus(sim, options=["--json", "--only", "stdout,echo", "--root", root],
-                          stdout=subprocess.PIPE)
+    try:
+        bus = simbus.SimOnBus(sim, options=["--json", "--only", "stdout,echo", "--root", root],
+                              stdout=subprocess.PIPE)
+    except BaseException:
+        shutil.rmtree(root, ignore_errors=True)
+        raise
     try:
         lines = lines_of(bus.sim.stdout)
         bus.send("state ScreenCapture.width 1920")
@@ -90,4 +93,4 @@ def main(sim):
 
 
 if __name__ == "__main__":
-    sys.exit(main(sys.argv[1]))
+    simbus.run(main, sys.argv[1])

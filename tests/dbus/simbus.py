@@ -3,11 +3,16 @@
 SimOnBus starts a dbus-daemon of its own (never the machine's), then `sysctrl-sim --dbus` on it,
 and waits until the bus name is owned. Commands run with `env` reach that bus as the session bus
 (or the system bus); `send` feeds script lines to the desk host; `stop` ends both as SIGTERM would.
+
+`run` wraps a test's main: a missing program or a desk host that never served ends the test with
+one FAIL line instead of a traceback, and SIGTERM (a timeout) still runs the test's clean-up.
 """
+import ctypes
 import os
 import shutil
 import signal
 import subprocess
+import sys
 import tempfile
 import time
 
@@ -16,6 +21,11 @@ OBJECT_PATH = "/zorbel/lm/sysctrlservice"
 INTERFACE = "zorbel.lm.sysctrlservice2"
 # Only a guard against a hang: every wait ends as soon as its event comes.
 HANG_GUARD = 30
+
+# The Debian package of each program the bus tests start.
+PACKAGES = {"dbus-daemon": "dbus", "dbus-send": "dbus", "busctl": "systemd",
+            "gdbus": "libglib2.0-bin", "setpriv": "util-linux", "unshare": "util-linux",
+            "newuidmap": "uidmap", "newgidmap": "uidmap"}
 
 SESSION_POLICY = """
   <policy context="default">
@@ -43,11 +53,44 @@ SYSTEM_POLICY = """
   </policy>"""
 
 
+class SetupError(Exception):
+    """The test could not get as far as checking anything."""
+
+
+def require(*programs):
+    """Fails with the packages to install when a program the test starts is missing."""
+    missing = [p for p in programs if shutil.which(p) is None]
+    if missing:
+        packages = sorted({PACKAGES.get(p, p) for p in missing})
+        raise SetupError("%s not found: install %s (scripts/install-deps.sh does)"
+                         % (", ".join(missing), " ".join(packages)))
+
+
+def _die_with_parent():
+    """In a child before it runs its program: SIGTERM when the test ends, however it ends."""
+    ctypes.CDLL(None, use_errno=True).prctl(1, signal.SIGTERM)  # PR_SET_PDEATHSIG
+
+
+def temporary_folder(name):
+    """A fresh folder named sysctrl-NAME.* in $TMPDIR (the suite's own folder under ctest)."""
+    return tempfile.mkdtemp(prefix="sysctrl-%s." % name)
+
+
 class SimOnBus:
     def __init__(self, sim, kind="session", policy_text=None, options=(),
                  stdout=subprocess.DEVNULL):
+        require("dbus-daemon", "dbus-send")
         self.kind = kind
-        self.directory = tempfile.mkdtemp(prefix="sysctrl-bus.")
+        self.daemon = None
+        self.sim = None
+        self.directory = temporary_folder("bus")
+        try:
+            self._start(sim, policy_text, options, stdout)
+        except BaseException:
+            self.stop()
+            raise
+
+    def _start(self, sim, policy_text, options, stdout):
         os.chmod(self.directory, 0o755)  # callers of other users reach the socket
         include = ""
         if policy_text is not None:
@@ -60,30 +103,43 @@ class SimOnBus:
                     ' "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">\n'
                     "<busconfig><type>%s</type><listen>unix:dir=%s</listen><auth>EXTERNAL</auth>"
                     "%s%s</busconfig>\n"
-                    % (kind, self.directory, SYSTEM_POLICY if kind == "system" else SESSION_POLICY,
-                       include))
+                    % (self.kind, self.directory,
+                       SYSTEM_POLICY if self.kind == "system" else SESSION_POLICY, include))
         self.daemon = subprocess.Popen(
             ["dbus-daemon", "--config-file=" + config, "--nofork", "--print-address=1"],
-            stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
+            stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
+            preexec_fn=_die_with_parent)
         self.address = self.daemon.stdout.readline().strip()
+        if not self.address:
+            raise SetupError("dbus-daemon did not start: " + self.daemon.stderr.read().strip())
         self.env = dict(os.environ)
-        variable = "DBUS_SYSTEM_BUS_ADDRESS" if kind == "system" else "DBUS_SESSION_BUS_ADDRESS"
+        variable = "DBUS_SYSTEM_BUS_ADDRESS" if self.kind == "system" else "DBUS_SESSION_BUS_ADDRESS"
         self.env[variable] = self.address
-        self.busctl = ["busctl", "--system" if kind == "system" else "--user"]
+        self.busctl = ["busctl", "--system" if self.kind == "system" else "--user"]
         self.sim = subprocess.Popen(
-            [sim, "--log-level", "3000"] + list(options) + ["--dbus", kind],
-            stdin=subprocess.PIPE, stdout=stdout, stderr=subprocess.PIPE, text=True, env=self.env)
+            [sim, "--log-level", "3000"] + list(options) + ["--dbus", self.kind],
+            stdin=subprocess.PIPE, stdout=stdout, stderr=subprocess.PIPE, text=True, env=self.env,
+            preexec_fn=_die_with_parent)
         deadline = time.monotonic() + HANG_GUARD
         while not self.owned():
-            if time.monotonic() > deadline or self.sim.poll() is not None:
-                self.stop()
-                raise RuntimeError("the desk host never served " + BUS_NAME)
+            if self.sim.poll() is not None:
+                raise SetupError("the desk host ended with status %s before it served %s: %s"
+                                 % (self.sim.returncode, BUS_NAME, self.sim.stderr.read().strip()))
+            if time.monotonic() > deadline:
+                raise SetupError("the desk host did not serve %s within %d s"
+                                 % (BUS_NAME, HANG_GUARD))
             time.sleep(0.05)
 
     def owned(self):
-        status = subprocess.run(self.busctl + ["status", BUS_NAME], env=self.env,
-                                stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        return status.returncode == 0
+        """Whether the name has an owner, asked of the bus itself (nothing about the owner's
+        process is read, so this works where /sys has no cgroups)."""
+        reply = subprocess.run(
+            ["dbus-send", "--bus=" + self.address, "--print-reply", "--dest=org.freedesktop.DBus",
+             "/org/freedesktop/DBus", "org.freedesktop.DBus.NameHasOwner", "string:" + BUS_NAME],
+            capture_output=True, text=True, timeout=HANG_GUARD)
+        if reply.returncode != 0:
+            raise SetupError("the private bus did not answer NameHasOwner: " + reply.stderr.strip())
+        return reply.stdout.split()[-2:] == ["boolean", "true"]
 
     def call(self, method, *args, user=None):
         """busctl call as root, or through setpriv as `user` (uid, gid, [groups])."""
@@ -101,15 +157,41 @@ class SimOnBus:
         self.sim.stdin.flush()
 
     def stop(self):
-        """Ends the desk host with SIGTERM and the bus; the desk host's exit status."""
+        """Ends the desk host with SIGTERM and the bus, removes the bus's folder; the desk host's
+        exit status (None when it had to be killed or never started)."""
         status = None
-        if self.sim.poll() is None:
-            self.sim.send_signal(signal.SIGTERM)
-        try:
-            status = self.sim.wait(timeout=HANG_GUARD)
-        except subprocess.TimeoutExpired:
-            self.sim.kill()
-        self.daemon.terminate()
-        self.daemon.wait(timeout=HANG_GUARD)
+        if self.sim is not None:
+            if self.sim.poll() is None:
+                self.sim.send_signal(signal.SIGTERM)
+            try:
+                status = self.sim.wait(timeout=HANG_GUARD)
+            except subprocess.TimeoutExpired:
+                self.sim.kill()
+                self.sim.wait()
+            self.sim = None
+        if self.daemon is not None:
+            self.daemon.terminate()
+            try:
+                self.daemon.wait(timeout=HANG_GUARD)
+            except subprocess.TimeoutExpired:
+                self.daemon.kill()
+                self.daemon.wait()
+            self.daemon = None
         shutil.rmtree(self.directory, ignore_errors=True)
         return status
+
+
+def _terminated(number, frame):
+    raise SystemExit("FAIL: ended by signal %d" % number)
+
+
+def run(main, *args):
+    """Runs a test's main and exits with its status; a setup failure or a missing program is one
+    FAIL line and status 1. SIGTERM unwinds the test, so its `finally` clean-up runs."""
+    signal.signal(signal.SIGTERM, _terminated)
+    try:
+        status = main(*args)
+    except (SetupError, OSError, subprocess.SubprocessError) as failure:
+        print("FAIL:", failure)
+        status = 1
+    sys.exit(status)

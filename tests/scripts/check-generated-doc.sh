@@ -6,8 +6,9 @@ here=$(dirname "$0")
 doc=$1
 name=$2
 shift 2
-work=$(mktemp -d)
+work=$(mktemp -d -t sysctrl-doc-section.XXXXXX)
 trap 'rm -rf "$work"' EXIT
+trap 'exit 1' HUP INT TERM
 "$@" > "$work/section"
 "$here/../../scripts/doc-section.sh" "$doc" "$name" < "$work/section" > "$work/expected"
 diff -u "$doc" "$work/expected" || {

@@ -10,8 +10,9 @@ set -eu
 doc=$1
 shift
 kinds=callback,return,state,file,error
-work=$(mktemp -d)
+work=$(mktemp -d -t sysctrl-interface-doc.XXXXXX)
 trap 'rm -rf "$work"' EXIT
+trap 'exit 1' HUP INT TERM
 
 # Example N's script goes to N.sim, the output the page shows to N.shown, its line to N.line.
 awk -v dir="$work" '

@@ -5,8 +5,9 @@
 # usage: json-stdout.sh [EMULATOR...] SYSCTRL_SIM
 set -eu
 [ -w /dev/full ] || { echo "this test needs /dev/full" >&2; exit 1; }
-root=$(mktemp -d)
+root=$(mktemp -d -t sysctrl-json-stdout.XXXXXX)
 trap 'rm -rf "$root"' EXIT
+trap 'exit 1' HUP INT TERM
 mkdir -p "$root/captures"
 ln -s /dev/full "$root/captures/temp.png"
 printf 'state ScreenCapture.width 1920\nstate ScreenCapture.height 1080\ncmdCaptureScreen %s shot.png 2\n' \

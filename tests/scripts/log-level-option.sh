@@ -3,8 +3,9 @@
 # status 2, a message naming the option), never a silent threshold of 0.
 # usage: log-level-option.sh [EMULATOR...] SYSCTRL_SIM
 set -eu
-out=$(mktemp)
+out=$(mktemp -t sysctrl-log-level.XXXXXX)
 trap 'rm -f "$out"' EXIT
+trap 'exit 1' HUP INT TERM
 for level in 12x "" -1 65536 1.5 0x; do
     status=0
     echo echo ran | "$@" --log-level "$level" - > /dev/null 2> "$out" || status=$?

@@ -3,8 +3,9 @@
 # first run are loaded by the second, which writes them back after its own record.
 set -eu
 sim=$1
-root=$(mktemp -d)
+root=$(mktemp -d -t sysctrl-records-restart.XXXXXX)
 trap 'rm -rf "$root"' EXIT
+trap 'exit 1' HUP INT TERM
 records=$root/var/tvservice/oled_maintance_records.log
 
 # One maintenance run at the given time; the host must report no error.

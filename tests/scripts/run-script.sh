@@ -7,8 +7,9 @@ sim=$1
 script=$2
 expected=${script%.sim}.expected
 only=$(sed -n 's/^# only: *//p' "$script" | head -n 1)
-actual=$(mktemp)
+actual=$(mktemp -t sysctrl-script.XXXXXX)
 trap 'rm -f "$actual"' EXIT
+trap 'exit 1' HUP INT TERM
 if [ -n "$only" ]; then
     "$sim" --json --only "$only" "$script" > "$actual" || true
 else

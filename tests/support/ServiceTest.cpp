@@ -6,15 +6,15 @@
 #include <fstream>
 #include <sstream>
 
+#include "TempFolder.h"
 #include "zo/FileSystem.h"
 #include "zo/host/Host.h"
 
 namespace sysctrltest {
 
 void ServiceTest::SetUp() {
-    char pattern[] = "/tmp/sysctrl-test.XXXXXX";
-    ASSERT_NE(mkdtemp(pattern), nullptr);
-    m_root = pattern;
+    m_root = makeTemporaryFolder("test");
+    ASSERT_FALSE(m_root.empty());
     std::filesystem::create_directories(m_root + "/var/tvservice");
     std::filesystem::create_directories(m_root + "/quentadata/model/config");
     zo::host::setFileSystemRoot(m_root);

@@ -10,13 +10,15 @@
 #include <random>
 #include <string>
 
+#include "TempFolder.h"
 #include "zo/Base64.h"
 
 namespace {
 
 // coreutils' encoding of `bytes` (lines of 76 characters, each ending in a line feed).
 std::string coreutilsEncode(const std::string& bytes) {
-    char path[] = "/tmp/sysctrl-base64.XXXXXX";
+    std::string pattern = sysctrltest::temporaryBase() + "/sysctrl-base64.XXXXXX";
+    char* path = &pattern[0];
     close(mkstemp(path));
     std::ofstream(path, std::ios::binary) << bytes;
     const std::string encoded = std::string(path) + ".b64";

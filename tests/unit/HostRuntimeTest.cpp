@@ -9,6 +9,7 @@
 #include <fstream>
 #include <thread>
 
+#include "TempFolder.h"
 #include "tvConfig/ConfigUtil.h"
 #include "zo/Debug.h"
 #include "zo/FileSystem.h"
@@ -20,9 +21,8 @@ namespace {
 class Ini : public ::testing::Test {
   protected:
     void SetUp() override {
-        char pattern[] = "/tmp/sysctrl-ini.XXXXXX";
-        ASSERT_NE(mkdtemp(pattern), nullptr);
-        m_root = pattern;
+        m_root = sysctrltest::makeTemporaryFolder("ini");
+        ASSERT_FALSE(m_root.empty());
         zo::host::setFileSystemRoot(m_root);
         std::filesystem::create_directories(m_root + "/cfg");
         std::ofstream(m_root + "/cfg/model.ini") << "; model\n"

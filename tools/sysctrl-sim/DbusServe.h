@@ -9,6 +9,14 @@
 
 namespace desk {
 
+// Whether --dbus can serve on `bus`: "session", "system", or a D-Bus address of a transport the
+// bus library knows ("unix:path=...", "tcp:host=...,port=...", ...). Anything else is most likely a
+// misspelt name, which the library would take for an address and fail to connect to.
+bool isBusName(const std::string& bus);
+// What to tell the user about a `bus` that is not one: the forms accepted, and the name meant when
+// `bus` is close to one.
+std::string badBusMessage(const std::string& bus);
+
 // Blocks SIGINT and SIGTERM in this thread and every thread started after it, and returns a
 // descriptor that becomes readable when one arrives; -1 on failure. Call before any thread starts.
 int catchStopSignals();

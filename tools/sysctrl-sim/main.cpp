@@ -160,6 +160,10 @@ int readOptions(int argc, char** argv, Options& options) {
             options.root = argv[++i];
         } else if (arg == "--dbus" && hasValue) {
             options.bus = argv[++i];
+            if (!desk::isBusName(options.bus)) {
+                std::cerr << "sysctrl-sim: " << desk::badBusMessage(options.bus);
+                return 2;
+            }
         } else if (arg == "--bridge" && hasValue) {
             options.bridge = argv[++i];
         } else if (arg == "--json") {
@@ -186,13 +190,16 @@ int readOptions(int argc, char** argv, Options& options) {
     return -1;
 }
 
-// Makes `root` absolute, a fresh temporary directory when it is empty (`temporary` then says so),
-// with the directories a set has before any service runs. False when it cannot be made.
+// Makes `root` absolute, a fresh temporary directory (in $TMPDIR, else /tmp) when it is empty
+// (`temporary` then says so), with the directories a set has before any service runs. False when
+// it cannot be made.
 bool prepareRoot(std::string& root, bool& temporary) {
     if (root.empty()) {
-        char pattern[] = "/tmp/sysctrl-sim.XXXXXX";
-        if (mkdtemp(pattern) == nullptr) {
-            std::perror("sysctrl-sim: mkdtemp");
+        const char* base = std::getenv("TMPDIR");
+        std::string pattern =
+            std::string(base != nullptr && *base != '\0' ? base : "/tmp") + "/sysctrl-sim.XXXXXX";
+        if (mkdtemp(&pattern[0]) == nullptr) {
+            std::perror(("sysctrl-sim: cannot make a root in " + pattern).c_str());
             return false;
         }
         root = pattern;

@@ -71,5 +71,14 @@ void setDebugThreshold(uint16_t maxLevel) {
     g_maxLevel.store(maxLevel, std::memory_order_relaxed);
 }
 
+DebugSink debugSink() {
+    std::lock_guard<std::mutex> lock(sinkMutex());
+    return sink();
+}
+
+uint16_t debugThreshold() {
+    return g_maxLevel.load(std::memory_order_relaxed);
+}
+
 }  // namespace host
 }  // namespace zo

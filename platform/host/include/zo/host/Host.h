@@ -20,6 +20,9 @@ namespace host {
 typedef std::function<void(uint32_t levelWord, const std::string& text)> DebugSink;
 void setDebugSink(DebugSink sink);
 void setDebugThreshold(uint16_t maxLevel);
+// The sink and the threshold in force, for a host that changes them for a while and puts them back.
+DebugSink debugSink();
+uint16_t debugThreshold();
 
 // File-system root: where the system's fixed absolute paths are mapped. Empty means the real root.
 void setFileSystemRoot(const std::string& directory);
