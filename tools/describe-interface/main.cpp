@@ -108,21 +108,12 @@ std::string xmlText() {
     for (const MethodSpec* method : byName(methods())) {
         text += "  <method name=\"" + method->name + "\">\n";
         text += xmlArguments(method->inNames, method->inSignature, "in");
-        std::vector<std::string> outNames = {"status"};
-        std::string outSignature = "i";
-        if (method->result != nullptr) {
-            outNames.insert(outNames.end(), method->result->argNames.begin(),
-                            method->result->argNames.end());
-            outSignature += method->result->signature;
-        }
-        text += xmlArguments(outNames, outSignature, "out");
+        text += xmlArguments(replyNames(*method), replySignature(*method), "out");
         text += accessAnnotation(method->operation->access) + "  </method>\n";
     }
     for (const SignalSpec* signal : byName(signals())) {
-        std::vector<std::string> names = {"msgIds"};
-        names.insert(names.end(), signal->argNames.begin(), signal->argNames.end());
         text += "  <signal name=\"" + signal->name + "\">\n";
-        text += xmlArguments(names, "(ii)" + signal->signature, nullptr);
+        text += xmlArguments(signalNames(*signal), signalSignature(*signal), nullptr);
         text += accessAnnotation(signalAccess(*signal)) + "  </signal>\n";
     }
     return text + " </interface>\n</node>\n";

@@ -86,6 +86,13 @@ struct MethodSpec {
     std::function<ReadCall(sdbus::MethodCall& call)> read;
 };
 
+// What a method replies: the status ("i"), then the arguments of its result's signal.
+std::vector<std::string> replyNames(const MethodSpec& method);
+std::string replySignature(const MethodSpec& method);
+// What a signal carries: the call's identifiers ("(ii)"), then the callback's arguments.
+std::vector<std::string> signalNames(const SignalSpec& signal);
+std::string signalSignature(const SignalSpec& signal);
+
 // Every operation that carries MsgIds and TransportInfo, in the interface's order: the operation
 // with the first letter in upper case.
 const std::vector<MethodSpec>& methods();

@@ -143,22 +143,14 @@ void DbusBridge::leaveBus() {
 
 void DbusBridge::registerObject() {
     for (const MethodSpec& method : methods()) {
-        std::vector<std::string> outNames = {"status"};
-        std::string outSignature = "i";
-        if (method.result != nullptr) {
-            outNames.insert(outNames.end(), method.result->argNames.begin(),
-                            method.result->argNames.end());
-            outSignature += method.result->signature;
-        }
         const MethodSpec* spec = &method;
         m_object->registerMethod(kInterface, method.name, method.inSignature, method.inNames,
-                                 outSignature, outNames,
+                                 replySignature(method), replyNames(method),
                                  [this, spec](sdbus::MethodCall call) { receive(*spec, call); });
     }
     for (const SignalSpec& signal : signals()) {
-        std::vector<std::string> names = {"msgIds"};
-        names.insert(names.end(), signal.argNames.begin(), signal.argNames.end());
-        m_object->registerSignal(kInterface, signal.name, "(ii)" + signal.signature, names);
+        m_object->registerSignal(kInterface, signal.name, signalSignature(signal),
+                                 signalNames(signal));
     }
     m_object->finishRegistration();
 }

@@ -231,6 +231,28 @@ const std::vector<SignalSpec>& signals() {
     return table;
 }
 
+std::vector<std::string> replyNames(const MethodSpec& method) {
+    std::vector<std::string> names = {"status"};
+    if (method.result != nullptr) {
+        names.insert(names.end(), method.result->argNames.begin(), method.result->argNames.end());
+    }
+    return names;
+}
+
+std::string replySignature(const MethodSpec& method) {
+    return method.result == nullptr ? "i" : "i" + method.result->signature;
+}
+
+std::vector<std::string> signalNames(const SignalSpec& signal) {
+    std::vector<std::string> names = {"msgIds"};
+    names.insert(names.end(), signal.argNames.begin(), signal.argNames.end());
+    return names;
+}
+
+std::string signalSignature(const SignalSpec& signal) {
+    return "(ii)" + signal.signature;
+}
+
 // BridgeClient
 
 void BridgeClient::detach() {
